@@ -1,0 +1,80 @@
+#pragma once
+// Failure reporting. A failure climbs the call chain as an exception; each
+// protected procedure on the way adds its location to the description, and
+// the first top-level procedure shows the collected text and returns normally
+// with its default result.
+//
+// A procedure protects its body with Guarded(), declaring once its name, its
+// module and whether it reports or passes on:
+//
+//     bool BPI_Build(...) {
+//         return Guarded({"BPI_Build", "modUtil", kTopLevel}, [&] {
+//             ...
+//             return true;
+//         });
+//     }
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <type_traits>
+
+#include "platform/ui/Services.h"
+
+namespace halvane {
+
+namespace ErrorHandling {
+// True while a failure climbs whose description was already dressed with its
+// number. A failure raised out of the top of a pass-on chain leaves it True,
+// and the next report then carries the bare description.
+extern bool m_bErrorTextBuilt;
+// The error window, made at the first report and kept until the component
+// unloads.
+extern std::shared_ptr<ui::IErrorWindow> m_pErrorWindow;
+// What the component does with the window when it unloads.
+void ReleaseErrorWindow();
+}  // namespace ErrorHandling
+
+// "" for line 0, else "Line : " and the number.
+std::string GetErrorLineNumberString(std::int32_t line);
+
+// Passes the failure on (throws, with `sLocation` added) when `bTopProcedure`
+// is false; otherwise reports it, in the error window for mode 4 and in a
+// message box for any other mode, and returns.
+void HandleError(bool bTopProcedure, const std::string& sLocation, std::int32_t lNumber,
+                 const std::string& sSource, const std::string& sDescription,
+                 std::int32_t lMode = 4, std::int32_t lReserved = 0);
+
+void ShowErrorWindow(const std::string& sLocation, const std::string& sDescription);
+
+inline constexpr bool kTopLevel = true;  // reports and returns
+inline constexpr bool kPassOn = false;   // adds its location and raises to the caller
+
+struct Procedure {
+    const char* name;    // as "cmdNext_Click"
+    const char* module;  // the source file's module, as "frmRugosity"
+    bool topLevel;
+};
+
+// The location text of a procedure: its name, one blank, its module, one
+// blank and the line text ("cmdNext_Click frmRugosity ").
+std::string LocationOf(const Procedure& procedure, std::int32_t line = 0);
+
+// The handler of a protected procedure; call it inside a catch block only.
+void HandleCurrentFailure(const Procedure& procedure);
+
+// Runs `body` as the protected body of `procedure`. On failure a top-level
+// procedure reports and returns its result type's default (false, 0, "",
+// an empty reference); a pass-on procedure raises to its caller.
+template <class Body>
+auto Guarded(const Procedure& procedure, Body&& body) -> std::invoke_result_t<Body&> {
+    using Result = std::invoke_result_t<Body&>;
+    try {
+        return body();
+    } catch (...) {
+        HandleCurrentFailure(procedure);
+        if constexpr (!std::is_void_v<Result>) return Result{};
+    }
+}
+
+}  // namespace halvane

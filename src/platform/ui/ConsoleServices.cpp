@@ -1,0 +1,168 @@
+#include "platform/ui/ConsoleServices.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <iostream>
+
+namespace halvane::ui {
+namespace {
+
+// Message texts carry CR LF; on one console line they read as one blank.
+std::string OneLine(const std::string& text) {
+    std::string line;
+    for (char c : text) {
+        if (c == '\r') continue;
+        line += c == '\n' ? ' ' : c;
+    }
+    return line;
+}
+
+class ConsoleErrorWindow : public IErrorWindow {
+public:
+    explicit ConsoleErrorWindow(std::ostream& out) : out_(out) {}
+    void SetText(const std::string& text) override { text_ = text; }
+    void Show(bool show) override {
+        if (show) out_ << text_ << std::flush;
+    }
+
+private:
+    std::ostream& out_;
+    std::string text_;
+};
+
+class ConsoleProgress : public IStepProgressor, public IProgressDialog2 {
+public:
+    ConsoleProgress(std::ostream& out, bool redraw) : out_(out), redraw_(redraw) {}
+
+    void Message(const std::string& text) override {
+        const bool changed = text != message_;
+        message_ = text;
+        // A log gets one line per step; a terminal gets the bar redrawn.
+        if (redraw_ || changed) Draw();
+    }
+    void MinRange(std::int32_t value) override { min_ = value; }
+    void MaxRange(std::int32_t value) override { max_ = value; }
+    void Position(std::int32_t value) override {
+        position_ = value;
+        if (redraw_) Draw();
+    }
+    void Animation(int) override {}
+    void CancelEnabled(bool) override {}
+    void Title(const std::string& title) override { title_ = title; }
+    void Description(const std::string&) override {}
+    void HideDialog() override {
+        if (redraw_ && drawn_) out_ << '\n' << std::flush;
+        drawn_ = false;
+    }
+
+private:
+    void Draw() {
+        const std::string line = FormatProgressLine(title_, message_, min_, max_, position_);
+        if (redraw_) {
+            // Pad over the remains of a longer previous line.
+            out_ << '\r' << line << std::string(lastWidth_ > line.size() ? lastWidth_ - line.size() : 0, ' ');
+            lastWidth_ = line.size();
+        } else {
+            out_ << line << '\n';
+        }
+        out_ << std::flush;
+        drawn_ = true;
+    }
+
+    std::ostream& out_;
+    bool redraw_;
+    bool drawn_ = false;
+    std::size_t lastWidth_ = 0;
+    std::string title_, message_;
+    std::int32_t min_ = 0, max_ = 0, position_ = 0;
+};
+
+class ConsoleProgressFactory : public IProgressDialogFactory {
+public:
+    ConsoleProgressFactory(std::ostream& out, bool redraw) : out_(out), redraw_(redraw) {}
+    std::shared_ptr<IStepProgressor> Create(std::shared_ptr<ITrackCancel>, WindowHandle) override {
+        return std::make_shared<ConsoleProgress>(out_, redraw_);
+    }
+
+private:
+    std::ostream& out_;
+    bool redraw_;
+};
+
+}  // namespace
+
+std::string FormatProgressLine(const std::string& title, const std::string& message,
+                               std::int32_t minRange, std::int32_t maxRange,
+                               std::int32_t position, int width) {
+    // A position beyond the range is shown as it stands; only the bar is clamped.
+    const double span = static_cast<double>(maxRange) - minRange;
+    const double done =
+        span > 0 ? std::clamp((static_cast<double>(position) - minRange) / span, 0.0, 1.0) : 0.0;
+    const int filled = static_cast<int>(done * width + 0.5);
+    std::string line = title.empty() ? "" : title + " ";
+    line += "[" + std::string(filled, '#') + std::string(width - filled, '-') + "] ";
+    line += std::to_string(position) + "/" + std::to_string(maxRange);
+    if (!message.empty()) line += "  " + OneLine(message);
+    return line;
+}
+
+ConsoleServices::ConsoleServices(std::ostream& out, QuestionPolicy policy, bool redrawBar)
+    : out_(out), policy_(policy), redrawBar_(redrawBar) {}
+
+ConsoleServices::ConsoleServices(QuestionPolicy policy)
+    : ConsoleServices(std::cerr, policy, isatty(STDERR_FILENO) != 0) {}
+
+MsgBoxResult ConsoleServices::MsgBox(const std::string& prompt, int buttons,
+                                     const std::string& title) {
+    const std::string heading = title.empty() ? "" : title + ": ";
+    out_ << heading << prompt;
+    MsgBoxResult answer = vbOK;
+    switch (buttons & kButtonsMask) {
+        case vbYesNo:
+            answer = policy_ == QuestionPolicy::AnswerYes ? vbYes : vbNo;
+            out_ << (answer == vbYes ? " [Yes]" : " [No]");
+            break;
+        case vbOKCancel:
+            answer = policy_ == QuestionPolicy::AnswerYes ? vbOK : vbCancel;
+            out_ << (answer == vbOK ? " [OK]" : " [Cancel]");
+            break;
+        default: break;
+    }
+    out_ << '\n' << std::flush;
+    return answer;
+}
+
+std::shared_ptr<IErrorWindow> ConsoleServices::NewErrorWindow() {
+    return std::make_shared<ConsoleErrorWindow>(out_);
+}
+
+std::shared_ptr<ITrackCancel> ConsoleServices::NewCancelTracker() {
+    return std::make_shared<CancelTracker>();
+}
+
+std::shared_ptr<IProgressDialogFactory> ConsoleServices::NewProgressDialogFactory() {
+    return std::make_shared<ConsoleProgressFactory>(out_, redrawBar_);
+}
+
+bool ConsoleServices::ShowGxDialog(const GxDialog& dialog, WindowHandle,
+                                   std::vector<std::string>&) {
+    out_ << dialog.Title << ": no dialogs on the command line; cancelled\n" << std::flush;
+    return false;
+}
+
+bool ConsoleServices::ShowFileDialog(CommonDialog& dialog, FileDialogMode) {
+    out_ << dialog.DialogTitle << ": no dialogs on the command line; cancelled\n" << std::flush;
+    return false;
+}
+
+WindowHandle ConsoleServices::HtmlHelp(WindowHandle, const std::string& file, int,
+                                       const std::string& topic) {
+    std::error_code error;
+    if (!std::filesystem::exists(file, error)) return 0;
+    out_ << "Help: " << file << " (" << topic << ")\n" << std::flush;
+    return 1;
+}
+
+}  // namespace halvane::ui
