@@ -28,8 +28,8 @@ void HandleError(bool bTopProcedure, const std::string& sLocation, std::int32_t 
     // Only the deepest handler dresses the text; the flag tells the others.
     if (!m_bErrorTextBuilt) {
         description = std::string(kCrLf) + "Error Number " + kCrLf + "\t" +
-                      std::to_string(lNumber) + kCrLf + "Description" + kCrLf + "\t" +
-                      description + kCrLf + kCrLf;
+                      std::to_string(lNumber) + kCrLf + "Description" + kCrLf + "\t" + description +
+                      kCrLf + kCrLf;
     }
     if (!bTopProcedure) {
         m_bErrorTextBuilt = true;

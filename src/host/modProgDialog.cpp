@@ -49,11 +49,13 @@ void ShowProgress(const std::string& sMessage, const std::string& sTitle, std::i
         if (!Step([] { Deref(g_p_ProgressDialog).Animation(0); })) return;
         if (!Step([] { Deref(g_p_ProgressDialog).CancelEnabled(true); })) return;
         if (!Step([&] { Deref(g_p_ProgressDialog).Title(sTitle); })) return;
-        if (!Step([] { Deref(g_p_ProgressDialog).Description("Processing...Please be patient."); })) {
+        if (!Step(
+                [] { Deref(g_p_ProgressDialog).Description("Processing...Please be patient."); })) {
             return;
         }
         if (!Step([] {
-                g_p_StepProgressor = std::dynamic_pointer_cast<ui::IStepProgressor>(g_p_ProgressDialog);
+                g_p_StepProgressor =
+                    std::dynamic_pointer_cast<ui::IStepProgressor>(g_p_ProgressDialog);
             })) {
             return;
         }

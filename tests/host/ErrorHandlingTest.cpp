@@ -1,7 +1,6 @@
-#include "host/ErrorHandling.h"
-
 #include <gtest/gtest.h>
 
+#include "host/ErrorHandling.h"
 #include "platform/runtime/Failure.h"
 #include "support/ScriptedDesktop.h"
 
@@ -44,7 +43,7 @@ protected:
     }
     std::vector<std::string> reports() const {
         std::vector<std::string> texts;
-        for (const auto& event : ui.events()) {
+        for (const auto& event : ui.Events()) {
             if (event.kind == "error-window") texts.push_back(event.text);
         }
         return texts;
@@ -58,7 +57,8 @@ TEST(GetErrorLineNumberStringTest, EmptyForLineZero) {
 }
 
 TEST(LocationOfTest, EndsInTheBlankAfterTheModuleForLineZero) {
-    EXPECT_EQ(LocationOf({"cmdNext_Click", "frmRugosity", kTopLevel}), "cmdNext_Click frmRugosity ");
+    EXPECT_EQ(LocationOf({"cmdNext_Click", "frmRugosity", kTopLevel}),
+              "cmdNext_Click frmRugosity ");
     EXPECT_EQ(LocationOf({"BPI_Build", "modUtil", kTopLevel}, 7), "BPI_Build modUtil Line : 7");
 }
 
@@ -100,22 +100,22 @@ TEST_F(ErrorHandlingTest, PassOnFailureRaisedOutOfTheTopLeavesTheNextReportBare)
 
     // The report reset the flag, so the failure after it is dressed again.
     Guarded({"Again", "frmZoneStep1", kTopLevel}, [] { throw RuntimeFailure(runtime::kOverflow); });
-    EXPECT_EQ(reports().back(),
-              std::string(kHeading) + "\r\n\r\n\tAgain frmZoneStep1 \r\n" + Dressing(6, "Overflow"));
+    EXPECT_EQ(reports().back(), std::string(kHeading) + "\r\n\r\n\tAgain frmZoneStep1 \r\n" +
+                                    Dressing(6, "Overflow"));
 }
 
 TEST_F(ErrorHandlingTest, TheErrorWindowIsMadeOnceAndReused) {
     Outer();
     Outer();
     EXPECT_EQ(reports().size(), 2u);
-    EXPECT_EQ(ui.errorWindowsMade(), 1);
+    EXPECT_EQ(ui.ErrorWindowsMade(), 1);
 }
 
 TEST_F(ErrorHandlingTest, OtherModesBeepAndShowTheMessageBox) {
     HandleError(true, "Proc modX ", 5, "src", "Bad call", 2, 0);
-    ASSERT_EQ(ui.events().size(), 2u);
-    EXPECT_EQ(ui.events()[0].kind, "beep");
-    const ui::Event& box = ui.events()[1];
+    ASSERT_EQ(ui.Events().size(), 2u);
+    EXPECT_EQ(ui.Events()[0].kind, "beep");
+    const ui::Event& box = ui.Events()[1];
     EXPECT_EQ(box.kind, "exclamation");
     EXPECT_EQ(box.flags, ui::vbOKOnly + ui::vbExclamation);
     EXPECT_EQ(box.title, "Unexpected Program Error");
@@ -139,9 +139,8 @@ TEST_F(ErrorHandlingTest, PassOnKeepsNumberAndSource) {
 }
 
 TEST_F(ErrorHandlingTest, ForeignExceptionsReportWithAClassicNumber) {
-    const std::string name = Guarded({"Alloc", "modUtil", kTopLevel}, []() -> std::string {
-        throw std::bad_alloc();
-    });
+    const std::string name =
+        Guarded({"Alloc", "modUtil", kTopLevel}, []() -> std::string { throw std::bad_alloc(); });
     EXPECT_EQ(name, "");
     ASSERT_EQ(reports().size(), 1u);
     EXPECT_NE(reports()[0].find(Dressing(7, "Out of memory")), std::string::npos);
@@ -149,7 +148,7 @@ TEST_F(ErrorHandlingTest, ForeignExceptionsReportWithAClassicNumber) {
 
 TEST_F(ErrorHandlingTest, NormalPathReturnsTheBodysResultAndReportsNothing) {
     EXPECT_EQ(Guarded({"Fine", "modUtil", kTopLevel}, [] { return 42; }), 42);
-    EXPECT_TRUE(ui.events().empty());
+    EXPECT_TRUE(ui.Events().empty());
 }
 
 }  // namespace

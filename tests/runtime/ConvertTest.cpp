@@ -1,9 +1,8 @@
-#include "platform/runtime/Convert.h"
-
 #include <gtest/gtest.h>
 
 #include <cmath>
 
+#include "platform/runtime/Convert.h"
 #include "platform/runtime/Failure.h"
 
 namespace halvane::runtime {
@@ -91,8 +90,8 @@ TEST(CStrTest, ScientificFormBelowOneTenThousandthAndFromOneE15) {
 }
 
 TEST(VbBoolTest, TrueIsMinusOne) {
-    EXPECT_EQ(VbBool(true).value(), -1);
-    EXPECT_EQ(VbBool(false).value(), 0);
+    EXPECT_EQ(VbBool(true).Value(), -1);
+    EXPECT_EQ(VbBool(false).Value(), 0);
     VbBool flag;
     EXPECT_FALSE(flag);
     flag = true;

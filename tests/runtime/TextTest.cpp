@@ -1,6 +1,6 @@
-#include "platform/runtime/Text.h"
-
 #include <gtest/gtest.h>
+
+#include "platform/runtime/Text.h"
 
 namespace halvane::runtime {
 namespace {

@@ -1,8 +1,8 @@
-#include "platform/ui/ConsoleServices.h"
-
 #include <gtest/gtest.h>
 
 #include <sstream>
+
+#include "platform/ui/ConsoleServices.h"
 
 namespace halvane::ui {
 namespace {
@@ -42,8 +42,8 @@ TEST(ConsoleServicesTest, DialogsThatNeedAPersonAreCancelled) {
 TEST(ConsoleProgressTest, FormatsTitleBarPositionAndMessageOnOneLine) {
     EXPECT_EQ(FormatProgressLine("Processing", "Step\r\ntwo", 0, 6, 3, 10),
               "Processing [#####-----] 3/6  Step two");
-    EXPECT_EQ(FormatProgressLine("", "", 0, 6, 9, 4), "[####] 9/6");   // beyond the range
-    EXPECT_EQ(FormatProgressLine("", "", 0, 0, 0, 4), "[----] 0/0");   // empty range
+    EXPECT_EQ(FormatProgressLine("", "", 0, 6, 9, 4), "[####] 9/6");  // beyond the range
+    EXPECT_EQ(FormatProgressLine("", "", 0, 0, 0, 4), "[----] 0/0");  // empty range
     EXPECT_EQ(FormatProgressLine("", "", 0, 6, -1, 4), "[----] -1/6");
 }
 
@@ -62,9 +62,8 @@ TEST(ConsoleProgressTest, ALogGetsOneLinePerNewMessage) {
     progress->Message("one");
     progress->Message("two");
     dialog->HideDialog();
-    EXPECT_EQ(out.str(),
-              FormatProgressLine("Processing", "one", 0, 2, 1) + "\n" +
-                  FormatProgressLine("Processing", "two", 0, 2, 2) + "\n");
+    EXPECT_EQ(out.str(), FormatProgressLine("Processing", "one", 0, 2, 1) + "\n" +
+                             FormatProgressLine("Processing", "two", 0, 2, 2) + "\n");
 }
 
 }  // namespace

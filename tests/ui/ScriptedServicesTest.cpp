@@ -1,8 +1,7 @@
-#include "platform/ui/ScriptedServices.h"
-
 #include <gtest/gtest.h>
 
 #include "platform/runtime/Failure.h"
+#include "platform/ui/ScriptedServices.h"
 
 namespace halvane::ui {
 namespace {
@@ -26,7 +25,7 @@ TEST_F(ScriptedServicesTest, RecordsMessagesByKindAndAnswersQuestionsInOrder) {
     EXPECT_EQ(Services().MsgBox("Go on?", vbYesNo, "Halvane"), vbYes);
     EXPECT_EQ(Services().MsgBox("Really?", vbYesNo), vbNo);
     EXPECT_EQ(Services().MsgBox("FYI"), vbOK);
-    EXPECT_EQ(ui.messages(), (std::vector<Event>{{"stop", "Stop it", "Missing", 16},
+    EXPECT_EQ(ui.Messages(), (std::vector<Event>{{"stop", "Stop it", "Missing", 16},
                                                  {"question", "Go on?", "Halvane", 4},
                                                  {"question", "Really?", "", 4},
                                                  {"notice", "FYI", "", 0}}));
@@ -58,8 +57,8 @@ TEST_F(ScriptedServicesTest, BrowseDialogsReturnTheSelectionOrCancel) {
     EXPECT_EQ(selection, (std::vector<std::string>{"/data/work"}));
     EXPECT_FALSE(dialog.DoModalOpen(0, selection));
     EXPECT_TRUE(selection.empty());
-    EXPECT_EQ(ui.events()[0].kind, "browse");
-    EXPECT_EQ(ui.events()[0].title, "Select Working Directory");
+    EXPECT_EQ(ui.Events()[0].kind, "browse");
+    EXPECT_EQ(ui.Events()[0].title, "Select Working Directory");
 }
 
 TEST_F(ScriptedServicesTest, FileDialogSetsTheNameOnlyOnOk) {
@@ -74,8 +73,8 @@ TEST_F(ScriptedServicesTest, FileDialogSetsTheNameOnlyOnOk) {
     dialog.FileName = "typed.xml";
     dialog.ShowSave();
     EXPECT_EQ(dialog.FileName, "typed.xml");
-    EXPECT_EQ(ui.events()[0], (Event{"file-open", "", "<name> File to Import", 4100}));
-    EXPECT_EQ(ui.events()[1].kind, "file-save");
+    EXPECT_EQ(ui.Events()[0], (Event{"file-open", "", "<name> File to Import", 4100}));
+    EXPECT_EQ(ui.Events()[1].kind, "file-save");
 }
 
 TEST_F(ScriptedServicesTest, ScriptedFailuresHitTheNamedOperationOnce) {
@@ -84,7 +83,7 @@ TEST_F(ScriptedServicesTest, ScriptedFailuresHitTheNamedOperationOnce) {
     EXPECT_THROW(window->SetText("a"), runtime::Failure);
     window->SetText("b");
     window->Show(true);
-    EXPECT_EQ(ui.events().back(), (Event{"error-window", "b", "", 0}));
+    EXPECT_EQ(ui.Events().back(), (Event{"error-window", "b", "", 0}));
 }
 
 TEST_F(ScriptedServicesTest, DialogsOutlivingTheirServicesStayHarmless) {

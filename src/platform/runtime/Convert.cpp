@@ -3,8 +3,6 @@
 #include <cctype>
 #include <charconv>
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
 
 #include "platform/runtime/Failure.h"
 #include "platform/runtime/Text.h"
@@ -29,13 +27,12 @@ double CDbl(std::string_view text) {
         digits.remove_prefix(1);
     }
     // from_chars would also take "inf", "nan" and a second sign; the runtime takes none.
-    if (digits.empty() || !(std::isdigit(static_cast<unsigned char>(digits.front())) ||
-                            digits.front() == '.')) {
+    if (digits.empty() ||
+        !(std::isdigit(static_cast<unsigned char>(digits.front())) || digits.front() == '.')) {
         throw RuntimeFailure(kTypeMismatch);
     }
     double value = 0;
-    const auto [end, error] =
-        std::from_chars(digits.data(), digits.data() + digits.size(), value);
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
     if (error == std::errc::result_out_of_range) throw RuntimeFailure(kOverflow);
     if (error != std::errc() || end != digits.data() + digits.size()) {
         throw RuntimeFailure(kTypeMismatch);
@@ -50,23 +47,31 @@ std::string CStr(double value) {
 
     // Rounding to 15 significant digits first, so that the exponent is the
     // one of the rounded value (9.99999999999999949E14 shows as 1E+15).
+    // to_chars, unlike printf, ignores the locale that a GUI sets up.
     char buffer[32];
-    std::snprintf(buffer, sizeof buffer, "%.14e", std::fabs(value));
+    const auto end = std::to_chars(buffer, buffer + sizeof buffer, std::fabs(value),
+                                   std::chars_format::scientific, 14)
+                         .ptr;
+    const std::string_view scientific(buffer, static_cast<std::size_t>(end - buffer));
+    const auto e = scientific.find('e');
     std::string mantissa;
-    const char* p = buffer;
-    for (; *p != 'e'; ++p) {
-        if (*p != '.') mantissa += *p;
+    for (char c : scientific.substr(0, e)) {
+        if (c != '.') mantissa += c;
     }
-    const int exponent = std::atoi(p + 1);
+    int exponent = 0;
+    const std::string_view exponentText = scientific.substr(e + 1);
+    // from_chars takes no "+" sign.
+    const std::size_t skip = exponentText.front() == '+' ? 1 : 0;
+    std::from_chars(exponentText.data() + skip, exponentText.data() + exponentText.size(),
+                    exponent);
     while (mantissa.size() > 1 && mantissa.back() == '0') mantissa.pop_back();
 
     std::string text = value < 0 ? "-" : "";
     if (exponent < -4 || exponent >= 15) {
         text += mantissa.substr(0, 1);
         if (mantissa.size() > 1) text += "." + mantissa.substr(1);
-        char exp[16];
-        std::snprintf(exp, sizeof exp, "E%c%02d", exponent < 0 ? '-' : '+', std::abs(exponent));
-        return text + exp;
+        const std::string digits = std::to_string(std::abs(exponent));
+        return text + (exponent < 0 ? "E-" : "E+") + (digits.size() < 2 ? "0" : "") + digits;
     }
     if (exponent < 0) return text + "0." + std::string(-exponent - 1, '0') + mantissa;
     const auto integerDigits = static_cast<std::size_t>(exponent) + 1;

@@ -13,7 +13,7 @@ class VbBool {
 public:
     constexpr VbBool(bool value = false) : value_(value ? -1 : 0) {}
     constexpr operator bool() const { return value_ != 0; }
-    constexpr std::int16_t value() const { return value_; }
+    constexpr std::int16_t Value() const { return value_; }
 
 private:
     std::int16_t value_;

@@ -7,14 +7,22 @@ namespace halvane::runtime {
 
 std::string RuntimeDescription(std::int32_t number) {
     switch (number) {
-        case kInvalidProcedureCall: return "Invalid procedure call or argument";
-        case kOverflow: return "Overflow";
-        case kOutOfMemory: return "Out of memory";
-        case kSubscriptOutOfRange: return "Subscript out of range";
-        case kDivisionByZero: return "Division by zero";
-        case kTypeMismatch: return "Type mismatch";
-        case kObjectNotSet: return "Object variable or With block variable not set";
-        default: return "Application-defined or object-defined error";
+        case kInvalidProcedureCall:
+            return "Invalid procedure call or argument";
+        case kOverflow:
+            return "Overflow";
+        case kOutOfMemory:
+            return "Out of memory";
+        case kSubscriptOutOfRange:
+            return "Subscript out of range";
+        case kDivisionByZero:
+            return "Division by zero";
+        case kTypeMismatch:
+            return "Type mismatch";
+        case kObjectNotSet:
+            return "Object variable or With block variable not set";
+        default:
+            return "Application-defined or object-defined error";
     }
 }
 

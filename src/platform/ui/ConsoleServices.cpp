@@ -62,7 +62,8 @@ private:
         const std::string line = FormatProgressLine(title_, message_, min_, max_, position_);
         if (redraw_) {
             // Pad over the remains of a longer previous line.
-            out_ << '\r' << line << std::string(lastWidth_ > line.size() ? lastWidth_ - line.size() : 0, ' ');
+            out_ << '\r' << line
+                 << std::string(lastWidth_ > line.size() ? lastWidth_ - line.size() : 0, ' ');
             lastWidth_ = line.size();
         } else {
             out_ << line << '\n';
@@ -94,8 +95,8 @@ private:
 }  // namespace
 
 std::string FormatProgressLine(const std::string& title, const std::string& message,
-                               std::int32_t minRange, std::int32_t maxRange,
-                               std::int32_t position, int width) {
+                               std::int32_t minRange, std::int32_t maxRange, std::int32_t position,
+                               int width) {
     // A position beyond the range is shown as it stands; only the bar is clamped.
     const double span = static_cast<double>(maxRange) - minRange;
     const double done =
@@ -128,7 +129,8 @@ MsgBoxResult ConsoleServices::MsgBox(const std::string& prompt, int buttons,
             answer = policy_ == QuestionPolicy::AnswerYes ? vbOK : vbCancel;
             out_ << (answer == vbOK ? " [OK]" : " [Cancel]");
             break;
-        default: break;
+        default:
+            break;
     }
     out_ << '\n' << std::flush;
     return answer;

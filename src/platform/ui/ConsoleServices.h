@@ -43,7 +43,7 @@ private:
 // One line of the console progress bar, e.g. "Processing [######----]  3/6  Creating Output files".
 // Exposed for its tests; `width` is the number of cells in the bar.
 std::string FormatProgressLine(const std::string& title, const std::string& message,
-                               std::int32_t minRange, std::int32_t maxRange,
-                               std::int32_t position, int width = 24);
+                               std::int32_t minRange, std::int32_t maxRange, std::int32_t position,
+                               int width = 24);
 
 }  // namespace halvane::ui

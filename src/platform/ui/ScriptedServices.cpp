@@ -13,11 +13,16 @@ constexpr const char* kScriptSource = "ScriptedServices";
 std::string KindOfMessage(int buttons) {
     if ((buttons & kButtonsMask) == vbYesNo) return "question";
     switch (buttons & kIconMask) {
-        case vbCritical: return "stop";
-        case vbQuestion: return "question";
-        case vbExclamation: return "exclamation";
-        case vbInformation: return "information";
-        default: return "notice";
+        case vbCritical:
+            return "stop";
+        case vbQuestion:
+            return "question";
+        case vbExclamation:
+            return "exclamation";
+        case vbInformation:
+            return "information";
+        default:
+            return "notice";
     }
 }
 
@@ -50,7 +55,8 @@ public:
         auto shared = shared_.lock();
         if (!shared) throw runtime::RuntimeFailure(runtime::kObjectNotSet);
         shared->MaybeFail("Create");
-        auto dialog = std::make_shared<ScriptedProgressDialog>(shared, std::move(trackCancel), owner);
+        auto dialog =
+            std::make_shared<ScriptedProgressDialog>(shared, std::move(trackCancel), owner);
         shared->dialogs.push_back(dialog);
         return dialog;
     }
@@ -66,9 +72,9 @@ void ScriptedProgressDialog::Shared::MaybeFail(const std::string& operation) {
     if (found == failures.end() || found->second.empty()) return;
     const std::int32_t number = found->second.front();
     found->second.pop_front();
-    throw runtime::Failure(number, kScriptSource,
-                           "Scripted failure of " + operation + ": " +
-                               runtime::RuntimeDescription(number));
+    throw runtime::Failure(
+        number, kScriptSource,
+        "Scripted failure of " + operation + ": " + runtime::RuntimeDescription(number));
 }
 
 ScriptedProgressDialog::ScriptedProgressDialog(std::shared_ptr<Shared> shared,
@@ -154,9 +160,9 @@ void ScriptedServices::FailNext(const std::string& operation, std::int32_t numbe
     shared_->failures[operation].push_back(number);
 }
 
-const std::vector<Event>& ScriptedServices::events() const { return shared_->events; }
+const std::vector<Event>& ScriptedServices::Events() const { return shared_->events; }
 
-std::vector<Event> ScriptedServices::messages() const {
+std::vector<Event> ScriptedServices::Messages() const {
     std::vector<Event> boxes;
     for (const Event& event : shared_->events) {
         if (event.kind == "stop" || event.kind == "notice" || event.kind == "question" ||
@@ -167,12 +173,12 @@ std::vector<Event> ScriptedServices::messages() const {
     return boxes;
 }
 
-const std::vector<std::shared_ptr<ScriptedProgressDialog>>& ScriptedServices::progressDialogs()
+const std::vector<std::shared_ptr<ScriptedProgressDialog>>& ScriptedServices::ProgressDialogs()
     const {
     return shared_->dialogs;
 }
 
-int ScriptedServices::errorWindowsMade() const { return shared_->errorWindows; }
+int ScriptedServices::ErrorWindowsMade() const { return shared_->errorWindows; }
 
 void ScriptedServices::Verify() {
     if (!responses_.empty()) {

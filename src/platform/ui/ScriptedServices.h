@@ -70,9 +70,9 @@ public:
     ScriptedServices();
 
     // --- the script: answers taken in order by the dialogs that need one
-    void Answer(MsgBoxResult answer);                // next Yes/No or OK/Cancel box
-    void Select(std::vector<std::string> paths);     // next browse dialog; none = Cancel
-    void ChooseFile(std::string path);               // next file dialog; "" = Cancel
+    void Answer(MsgBoxResult answer);             // next Yes/No or OK/Cancel box
+    void Select(std::vector<std::string> paths);  // next browse dialog; none = Cancel
+    void ChooseFile(std::string path);            // next file dialog; "" = Cancel
     // The next call of `operation` on a progress dialog or error window
     // ("Title", "MinRange", "SetText", ...) fails with `number`.
     void FailNext(const std::string& operation, std::int32_t number);
@@ -83,11 +83,11 @@ public:
     std::function<void(const std::string&)> onUnexpected;
 
     // --- what happened
-    const std::vector<Event>& events() const;
+    const std::vector<Event>& Events() const;
     // Only the message boxes, the kinds a user reads.
-    std::vector<Event> messages() const;
-    const std::vector<std::shared_ptr<ScriptedProgressDialog>>& progressDialogs() const;
-    int errorWindowsMade() const;
+    std::vector<Event> Messages() const;
+    const std::vector<std::shared_ptr<ScriptedProgressDialog>>& ProgressDialogs() const;
+    int ErrorWindowsMade() const;
     // Reports answers the script holds that no dialog took.
     void Verify();
 
