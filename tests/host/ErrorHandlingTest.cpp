@@ -127,28 +127,12 @@ TEST_F(ErrorHandlingTest, OtherModesBeepAndShowTheMessageBox) {
     EXPECT_TRUE(reports().empty());
 }
 
-TEST_F(ErrorHandlingTest, PassOnKeepsNumberAndSource) {
-    try {
-        HandleError(false, "Inner modY ", 91, "esriCore", "Object not set");
-        FAIL();
-    } catch (const Failure& failure) {
-        EXPECT_EQ(failure.number, 91);
-        EXPECT_EQ(failure.source, "esriCore");
-        EXPECT_EQ(failure.description, "\tInner modY \r\n" + Dressing(91, "Object not set"));
-    }
-}
-
 TEST_F(ErrorHandlingTest, ForeignExceptionsReportWithAClassicNumber) {
     const std::string name =
         Guarded({"Alloc", "modUtil", kTopLevel}, []() -> std::string { throw std::bad_alloc(); });
     EXPECT_EQ(name, "");
     ASSERT_EQ(reports().size(), 1u);
     EXPECT_NE(reports()[0].find(Dressing(7, "Out of memory")), std::string::npos);
-}
-
-TEST_F(ErrorHandlingTest, NormalPathReturnsTheBodysResultAndReportsNothing) {
-    EXPECT_EQ(Guarded({"Fine", "modUtil", kTopLevel}, [] { return 42; }), 42);
-    EXPECT_TRUE(ui.Events().empty());
 }
 
 }  // namespace

@@ -17,16 +17,6 @@ TEST(ConsoleServicesTest, QuestionsFollowThePolicy) {
     EXPECT_EQ(out.str(), "Halvane: Add to map? [Yes]\nHalvane: Add to map? [No]\nDone\n");
 }
 
-TEST(ConsoleServicesTest, ErrorWindowPrintsTheReport) {
-    std::ostringstream out;
-    ConsoleServices console(out);
-    auto window = console.NewErrorWindow();
-    window->SetText("report\r\n");
-    EXPECT_EQ(out.str(), "");
-    window->Show(true);
-    EXPECT_EQ(out.str(), "report\r\n");
-}
-
 TEST(ConsoleServicesTest, DialogsThatNeedAPersonAreCancelled) {
     std::ostringstream out;
     ConsoleServices console(out);

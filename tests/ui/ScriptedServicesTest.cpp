@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "platform/runtime/Failure.h"
 #include "platform/ui/ScriptedServices.h"
 
 namespace halvane::ui {
@@ -48,19 +47,6 @@ TEST_F(ScriptedServicesTest, AnAnswerOfTheWrongKindIsReported) {
     EXPECT_EQ(unexpected.size(), 2u);  // the file answer was never taken
 }
 
-TEST_F(ScriptedServicesTest, BrowseDialogsReturnTheSelectionOrCancel) {
-    ui.Select({"/data/work"});
-    ui.Select({});
-    std::vector<std::string> selection{"stale"};
-    GxDialog dialog{"Select Working Directory", false, GxObjectFilter::Folders};
-    EXPECT_TRUE(dialog.DoModalOpen(0, selection));
-    EXPECT_EQ(selection, (std::vector<std::string>{"/data/work"}));
-    EXPECT_FALSE(dialog.DoModalOpen(0, selection));
-    EXPECT_TRUE(selection.empty());
-    EXPECT_EQ(ui.Events()[0].kind, "browse");
-    EXPECT_EQ(ui.Events()[0].title, "Select Working Directory");
-}
-
 TEST_F(ScriptedServicesTest, FileDialogSetsTheNameOnlyOnOk) {
     ui.ChooseFile("/data/dict.xml");
     ui.ChooseFile("");
@@ -75,15 +61,6 @@ TEST_F(ScriptedServicesTest, FileDialogSetsTheNameOnlyOnOk) {
     EXPECT_EQ(dialog.FileName, "typed.xml");
     EXPECT_EQ(ui.Events()[0], (Event{"file-open", "", "<name> File to Import", 4100}));
     EXPECT_EQ(ui.Events()[1].kind, "file-save");
-}
-
-TEST_F(ScriptedServicesTest, ScriptedFailuresHitTheNamedOperationOnce) {
-    ui.FailNext("SetText", 13);
-    auto window = Services().NewErrorWindow();
-    EXPECT_THROW(window->SetText("a"), runtime::Failure);
-    window->SetText("b");
-    window->Show(true);
-    EXPECT_EQ(ui.Events().back(), (Event{"error-window", "b", "", 0}));
 }
 
 TEST_F(ScriptedServicesTest, DialogsOutlivingTheirServicesStayHarmless) {

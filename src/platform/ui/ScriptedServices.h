@@ -64,6 +64,7 @@ private:
 };
 
 class ScriptedServices : public UiServices {
+    // First, since onProgressMessage below refers into it.
     std::shared_ptr<ScriptedProgressDialog::Shared> shared_;
 
 public:
@@ -114,8 +115,9 @@ private:
     int pointer_ = vbDefault;
 };
 
-// State that dialogs share with the services that made them, so that a
-// dialog kept in module state outlives neither its log nor its script.
+// The log and script that the services share with the dialogs and error
+// windows they make. Those hold it weakly: a dialog left in module state after
+// its test has ended records nothing and keeps nothing alive.
 struct ScriptedProgressDialog::Shared {
     std::vector<Event> events;
     std::map<std::string, std::deque<std::int32_t>> failures;
