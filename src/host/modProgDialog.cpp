@@ -1,5 +1,8 @@
 #include "host/modProgDialog.h"
 
+#include <functional>
+#include <vector>
+
 #include "platform/runtime/Failure.h"
 
 namespace halvane {
@@ -12,17 +15,19 @@ std::shared_ptr<ui::IProgressDialogFactory> g_p_ProgressDialogFactory;
 
 namespace {
 
-// One statement under ShowProgress's own handler: true when the next
-// statement is to run.
-template <class Statement>
-bool Step(Statement&& statement) {
-    try {
-        statement();
-        return true;
-    } catch (...) {
-        const runtime::Failure failure = runtime::CurrentFailure();
-        ui::Services().MsgBox(std::to_string(failure.number));
-        return failure.number == runtime::kTypeMismatch;
+using Statement = std::function<void()>;
+
+// ShowProgress's own handler: a failure shows its number in a bare message
+// box; after 13 the next statement runs, after any other the rest is skipped.
+void RunResumingAfterTypeMismatch(const std::vector<Statement>& statements) {
+    for (const Statement& statement : statements) {
+        try {
+            statement();
+        } catch (...) {
+            const runtime::Failure failure = runtime::CurrentFailure();
+            ui::Services().MsgBox(std::to_string(failure.number));
+            if (failure.number != runtime::kTypeMismatch) return;
+        }
     }
 }
 
@@ -31,40 +36,38 @@ bool Step(Statement&& statement) {
 void ShowProgress(const std::string& sMessage, const std::string& sTitle, std::int32_t lMinRange,
                   std::int32_t lMaxRange, std::int32_t lPosition, std::int32_t lhWnd) {
     using runtime::Deref;
+    std::vector<Statement> statements;
     if (!g_p_ProgressDialog) {
-        if (!Step([] { g_p_TrackCancel = ui::Services().NewCancelTracker(); })) return;
-        if (!Step([] { g_p_ProgressDialogFactory = ui::Services().NewProgressDialogFactory(); })) {
-            return;
-        }
-        if (!Step([&] {
+        statements = {
+            [] { g_p_TrackCancel = ui::Services().NewCancelTracker(); },
+            [] { g_p_ProgressDialogFactory = ui::Services().NewProgressDialogFactory(); },
+            [&] {
                 auto created = Deref(g_p_ProgressDialogFactory).Create(g_p_TrackCancel, lhWnd);
                 // The step progressor is asked for its dialog interface, which
                 // fails as a type mismatch when it has none.
                 auto dialog = std::dynamic_pointer_cast<ui::IProgressDialog2>(created);
                 if (created && !dialog) throw runtime::RuntimeFailure(runtime::kTypeMismatch);
                 g_p_ProgressDialog = dialog;
-            })) {
-            return;
-        }
-        if (!Step([] { Deref(g_p_ProgressDialog).Animation(0); })) return;
-        if (!Step([] { Deref(g_p_ProgressDialog).CancelEnabled(true); })) return;
-        if (!Step([&] { Deref(g_p_ProgressDialog).Title(sTitle); })) return;
-        if (!Step(
-                [] { Deref(g_p_ProgressDialog).Description("Processing...Please be patient."); })) {
-            return;
-        }
-        if (!Step([] {
+            },
+            [] { Deref(g_p_ProgressDialog).Animation(0); },
+            [] { Deref(g_p_ProgressDialog).CancelEnabled(true); },
+            [&] { Deref(g_p_ProgressDialog).Title(sTitle); },
+            [] { Deref(g_p_ProgressDialog).Description("Processing...Please be patient."); },
+            [] {
                 g_p_StepProgressor =
                     std::dynamic_pointer_cast<ui::IStepProgressor>(g_p_ProgressDialog);
-            })) {
-            return;
-        }
+            },
+        };
     }
-    if (!Step([&] { Deref(g_p_StepProgressor).MinRange(lMinRange); })) return;
-    if (!Step([&] { Deref(g_p_StepProgressor).MaxRange(lMaxRange); })) return;
-    if (!Step([&] { Deref(g_p_StepProgressor).Position(lPosition); })) return;
-    if (!Step([&] { Deref(g_p_StepProgressor).Message(sMessage); })) return;
-    Step([] { g_b_Continue = Deref(g_p_TrackCancel).Continue(); });
+    statements.insert(statements.end(),
+                      {
+                          [&] { Deref(g_p_StepProgressor).MinRange(lMinRange); },
+                          [&] { Deref(g_p_StepProgressor).MaxRange(lMaxRange); },
+                          [&] { Deref(g_p_StepProgressor).Position(lPosition); },
+                          [&] { Deref(g_p_StepProgressor).Message(sMessage); },
+                          [] { g_b_Continue = Deref(g_p_TrackCancel).Continue(); },
+                      });
+    RunResumingAfterTypeMismatch(statements);
 }
 
 void CloseProgress() {
