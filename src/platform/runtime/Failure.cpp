@@ -30,10 +30,6 @@ Failure RuntimeFailure(std::int32_t number) {
     return Failure(number, kRuntimeSource, RuntimeDescription(number));
 }
 
-void Raise(std::int32_t number, std::string source, std::string description) {
-    throw Failure(number, std::move(source), std::move(description));
-}
-
 Failure CurrentFailure() {
     try {
         throw;

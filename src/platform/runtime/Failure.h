@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <exception>
 #include <string>
+#include <utility>
 
 namespace halvane::runtime {
 
@@ -39,8 +40,6 @@ std::string RuntimeDescription(std::int32_t number);
 
 // A classic runtime failure with its usual text, e.g. RuntimeFailure(kOverflow).
 Failure RuntimeFailure(std::int32_t number);
-
-[[noreturn]] void Raise(std::int32_t number, std::string source, std::string description);
 
 // The object behind a reference, or failure 91 when the reference is empty,
 // as a call through an unset object variable fails.
