@@ -1,0 +1,228 @@
+#include "platform/raster/Engine.h"
+
+#include <gdal.h>
+#include <omp.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cctype>
+#include <cmath>
+#include <exception>
+#include <map>
+#include <mutex>
+#include <unordered_map>
+
+namespace halvane::raster {
+
+runtime::Failure EngineFailure(std::string description) {
+    return runtime::Failure(kEngineErrorNumber, kEngineSource, std::move(description));
+}
+
+bool EqualsNoCase(std::string_view a, std::string_view b) {
+    return std::ranges::equal(a, b, [](char x, char y) {
+        return std::tolower(static_cast<unsigned char>(x)) ==
+               std::tolower(static_cast<unsigned char>(y));
+    });
+}
+
+namespace {
+
+constexpr double kSnap = 1e-6;  // of a cell: coordinates closer than this coincide
+
+bool SameSize(double a, double b) { return std::abs(a - b) <= 1e-9 * std::max(a, b); }
+
+// Whole cells from a to b on a lattice of step cell, if b - a is (nearly) whole.
+bool WholeCells(double from, double to, double cell, std::int64_t& cells) {
+    const double exact = (to - from) / cell;
+    const double rounded = std::round(exact);
+    if (std::abs(exact - rounded) > kSnap) return false;
+    cells = static_cast<std::int64_t>(rounded);
+    return true;
+}
+
+}  // namespace
+
+Grid CombineGrids(const Grid& first, const Grid& second) {
+    Grid out;
+    out.cellX = std::max(first.cellX, second.cellX);
+    out.cellY = std::max(first.cellY, second.cellY);
+    const double xmin = std::max(first.left, second.left);
+    const double xmax = std::min(first.Right(), second.Right());
+    const double ymax = std::min(first.top, second.top);
+    const double ymin = std::max(first.Bottom(), second.Bottom());
+    // Snap inwards onto the first grid's lattice at the output cell size.
+    const double c0 = std::ceil((xmin - first.left) / out.cellX - kSnap);
+    const double c1 = std::floor((xmax - first.left) / out.cellX + kSnap);
+    const double r0 = std::ceil((first.top - ymax) / out.cellY - kSnap);
+    const double r1 = std::floor((first.top - ymin) / out.cellY + kSnap);
+    out.left = first.left + c0 * out.cellX;
+    out.top = first.top - r0 * out.cellY;
+    out.cols = static_cast<std::int64_t>(c1 - c0);
+    out.rows = static_cast<std::int64_t>(r1 - r0);
+    if (out.cols <= 0 || out.rows <= 0) {
+        throw EngineFailure("Map algebra: the input rasters do not overlap");
+    }
+    return out;
+}
+
+struct WindowKey {
+    const Node* node;
+    Window window;
+    bool operator==(const WindowKey&) const = default;
+};
+struct WindowKeyHash {
+    std::size_t operator()(const WindowKey& key) const {
+        std::size_t h = std::hash<const void*>()(key.node);
+        for (std::int64_t v :
+             {key.window.col0, key.window.row0, key.window.cols, key.window.rows}) {
+            h = h * 1000003u ^ std::hash<std::int64_t>()(v);
+        }
+        return h;
+    }
+};
+
+struct EvalContext::State {
+    std::unordered_map<const Node*, int> parents;
+    std::unordered_map<WindowKey, Block, WindowKeyHash> shared;
+    std::vector<std::unique_ptr<std::vector<double>>> pool;
+    std::map<std::string, GDALDatasetH> handles;
+};
+
+EvalContext::EvalContext(const NodePtr& root) : state_(std::make_unique<State>()) {
+    // Count parents once, so only blocks that are read twice are kept.
+    std::vector<const Node*> stack{root.get()};
+    std::unordered_map<const Node*, bool> seen;
+    while (!stack.empty()) {
+        const Node* node = stack.back();
+        stack.pop_back();
+        if (seen[node]) continue;
+        seen[node] = true;
+        for (const NodePtr& child : node->children) {
+            ++state_->parents[child.get()];
+            stack.push_back(child.get());
+        }
+    }
+}
+
+EvalContext::~EvalContext() {
+    state_->shared.clear();
+    for (auto& [path, handle] : state_->handles) GDALClose(handle);
+}
+
+Block EvalContext::NewBlock(std::int64_t cells) {
+    std::unique_ptr<std::vector<double>> buffer;
+    if (state_->pool.empty()) {
+        buffer = std::make_unique<std::vector<double>>();
+    } else {
+        buffer = std::move(state_->pool.back());
+        state_->pool.pop_back();
+    }
+    buffer->resize(static_cast<std::size_t>(cells));
+    State* state = state_.get();
+    return Block(buffer.release(),
+                 [state](std::vector<double>* returned) { state->pool.emplace_back(returned); });
+}
+
+void EvalContext::EndTile() { state_->shared.clear(); }
+
+Block EvalContext::Get(const NodePtr& node, const Window& window) {
+    const bool keep = state_->parents[node.get()] > 1;
+    if (keep) {
+        auto found = state_->shared.find({node.get(), window});
+        if (found != state_->shared.end()) return found->second;
+    }
+    Block block = NewBlock(window.Cells());
+    node->Compute(window, *this, block->data());
+    if (keep) state_->shared.emplace(WindowKey{node.get(), window}, block);
+    return block;
+}
+
+Block EvalContext::Fetch(const NodePtr& child, const Grid& asker, const Window& window) {
+    const Grid& g = child->grid;
+    std::int64_t dc = 0;
+    std::int64_t dr = 0;
+    if (SameSize(g.cellX, asker.cellX) && SameSize(g.cellY, asker.cellY) &&
+        WholeCells(g.left, asker.left, g.cellX, dc) && WholeCells(asker.top, g.top, g.cellY, dr)) {
+        return Get(child, {window.col0 + dc, window.row0 + dr, window.cols, window.rows});
+    }
+    // Different lattices: each asking cell takes the child cell under its centre.
+    std::vector<std::int64_t> cols(static_cast<std::size_t>(window.cols));
+    std::vector<std::int64_t> rows(static_cast<std::size_t>(window.rows));
+    for (std::int64_t j = 0; j < window.cols; ++j) {
+        const double x = asker.left + (static_cast<double>(window.col0 + j) + 0.5) * asker.cellX;
+        cols[j] = static_cast<std::int64_t>(std::floor((x - g.left) / g.cellX));
+    }
+    for (std::int64_t i = 0; i < window.rows; ++i) {
+        const double y = asker.top - (static_cast<double>(window.row0 + i) + 0.5) * asker.cellY;
+        rows[i] = static_cast<std::int64_t>(std::floor((g.top - y) / g.cellY));
+    }
+    const auto [c0, c1] = std::ranges::minmax(cols);
+    const auto [r0, r1] = std::ranges::minmax(rows);
+    const Window source{c0, r0, c1 - c0 + 1, r1 - r0 + 1};
+    Block from = Get(child, source);
+    Block out = NewBlock(window.Cells());
+    for (std::int64_t i = 0; i < window.rows; ++i) {
+        const double* sourceRow = from->data() + (rows[i] - r0) * source.cols;
+        double* outRow = out->data() + i * window.cols;
+        for (std::int64_t j = 0; j < window.cols; ++j) outRow[j] = sourceRow[cols[j] - c0];
+    }
+    return out;
+}
+
+void* EvalContext::DatasetHandle(const std::string& path) {
+    auto found = state_->handles.find(path);
+    if (found != state_->handles.end()) return found->second;
+    GDALDatasetH handle =
+        GDALOpenEx(path.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY, nullptr, nullptr, nullptr);
+    if (!handle) throw EngineFailure("Cannot read raster '" + path + "'");
+    state_->handles.emplace(path, handle);
+    return handle;
+}
+
+EvalSettings& Settings() {
+    static EvalSettings settings;
+    return settings;
+}
+
+void EvaluateTiles(const NodePtr& root,
+                   const std::function<void(const Window&, const double*)>& sink) {
+    const std::int64_t size = std::max<std::int64_t>(1, Settings().tileSize);
+    std::vector<Window> tiles;
+    for (std::int64_t row = 0; row < root->grid.rows; row += size) {
+        for (std::int64_t col = 0; col < root->grid.cols; col += size) {
+            tiles.push_back({col, row, std::min(size, root->grid.cols - col),
+                             std::min(size, root->grid.rows - row)});
+        }
+    }
+    const int threads = Settings().threads > 0 ? Settings().threads : omp_get_max_threads();
+    std::exception_ptr failure;
+    std::mutex failureLock;
+    std::atomic<bool> failed{false};
+#pragma omp parallel num_threads(threads)
+    {
+        EvalContext context(root);
+#pragma omp for schedule(dynamic, 1)
+        for (std::size_t t = 0; t < tiles.size(); ++t) {
+            if (failed.load()) continue;
+            // An exception must not leave the loop: keep the first and skip the rest.
+            try {
+                Block block = context.Get(root, tiles[t]);
+                sink(tiles[t], block->data());
+            } catch (...) {
+                std::lock_guard lock(failureLock);
+                if (!failure) failure = std::current_exception();
+                failed = true;
+            }
+            context.EndTile();
+        }
+    }
+    if (failure) std::rethrow_exception(failure);
+}
+
+std::vector<double> EvaluateWindow(const NodePtr& root, const Window& window) {
+    EvalContext context(root);
+    Block block = context.Get(root, window);
+    return *block;
+}
+
+}  // namespace halvane::raster

@@ -1,0 +1,123 @@
+#pragma once
+// The evaluation engine under the map algebra: a graph of operators, each with
+// the grid it produces, evaluated tile by tile with the halo each operator
+// needs. Cells are doubles while computed; NaN is NoData.
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/runtime/Failure.h"
+
+namespace halvane::raster {
+
+// The number the engine's failures carry, as a platform component reports an
+// unspecified failure.
+inline constexpr std::int32_t kEngineErrorNumber = -2147467259;
+inline constexpr const char* kEngineSource = "Halvane raster engine";
+
+runtime::Failure EngineFailure(std::string description);
+
+bool EqualsNoCase(std::string_view a, std::string_view b);
+
+// Cell lattice of a grid: upper-left corner, cell sizes, and size in cells.
+struct Grid {
+    double left = 0.0;
+    double top = 0.0;
+    double cellX = 1.0;
+    double cellY = 1.0;
+    std::int64_t cols = 0;
+    std::int64_t rows = 0;
+
+    double Right() const { return left + cellX * static_cast<double>(cols); }
+    double Bottom() const { return top - cellY * static_cast<double>(rows); }
+    std::int64_t Cells() const { return cols * rows; }
+};
+
+// A rectangle of cells in a grid's own indices; it may reach beyond the grid,
+// where every cell is NoData.
+struct Window {
+    std::int64_t col0 = 0;
+    std::int64_t row0 = 0;
+    std::int64_t cols = 0;
+    std::int64_t rows = 0;
+
+    std::int64_t Cells() const { return cols * rows; }
+    bool operator==(const Window&) const = default;
+};
+
+// The output of an expression covers the intersection of its inputs at the
+// largest input cell size, on the lattice of the first one. Fails when the
+// inputs do not overlap.
+Grid CombineGrids(const Grid& first, const Grid& second);
+
+class EvalContext;
+
+class Node {
+public:
+    virtual ~Node() = default;
+
+    // Fills out (window.Cells() values, row by row) with the cells of this
+    // node in its own grid.
+    virtual void Compute(const Window& window, EvalContext& context, double* out) const = 0;
+
+    // A node without a grid stands for one value on every cell.
+    bool IsScalar() const { return scalar; }
+
+    Grid grid;
+    bool integer = false;
+    bool scalar = false;
+    double value = 0.0;                                   // of a scalar
+    std::shared_ptr<const std::string> spatialReference;  // WKT, may be empty
+    std::vector<std::shared_ptr<const Node>> children;
+};
+using NodePtr = std::shared_ptr<const Node>;
+
+// A block of cells handed between nodes; shared when a node feeds several.
+using Block = std::shared_ptr<std::vector<double>>;
+
+// Per-thread state of one evaluation: dataset handles, a pool of buffers and
+// the blocks of nodes that feed more than one parent.
+class EvalContext {
+public:
+    explicit EvalContext(const NodePtr& root);
+    ~EvalContext();
+    EvalContext(const EvalContext&) = delete;
+    EvalContext& operator=(const EvalContext&) = delete;
+
+    // node's cells over window in node's grid.
+    Block Get(const NodePtr& node, const Window& window);
+    // child's cells at the centres of window's cells in grid `asker`.
+    Block Fetch(const NodePtr& child, const Grid& asker, const Window& window);
+
+    Block NewBlock(std::int64_t cells);
+    // Forgets the shared blocks: called between tiles to bound memory.
+    void EndTile();
+
+    // Opaque per-thread handle cache for dataset reads.
+    void* DatasetHandle(const std::string& path);
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+// Evaluation settings; tests vary them, the product keeps the defaults.
+struct EvalSettings {
+    std::int64_t tileSize = 512;  // a multiple of the stored block size writes fastest
+    int threads = 0;              // 0: all cores
+};
+EvalSettings& Settings();
+
+// Evaluates root over its whole grid, tile by tile on all threads, and hands
+// each tile to sink (called concurrently from several threads).
+void EvaluateTiles(const NodePtr& root,
+                   const std::function<void(const Window&, const double*)>& sink);
+
+// The cells of root over one window, on the calling thread.
+std::vector<double> EvaluateWindow(const NodePtr& root, const Window& window);
+
+}  // namespace halvane::raster

@@ -1,0 +1,168 @@
+#include "platform/raster/MapAlgebra.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include "platform/raster/Expression.h"
+#include "platform/raster/Operators.h"
+
+namespace halvane::raster {
+namespace {
+
+class Builder {
+public:
+    Builder(const std::string& text, const std::function<NodePtr(const std::string&)>& lookup)
+        : text_(text), lookup_(lookup) {}
+
+    NodePtr Build(const Expr& e) {
+        switch (e.kind) {
+            case ExprKind::kNumber:
+                return MakeScalar(e.number, e.integerLiteral);
+            case ExprKind::kRaster:
+                return lookup_(e.text);
+            case ExprKind::kWord:
+                Fail(e, "unexpected word '" + e.text + "'");
+            case ExprKind::kBinary:
+            case ExprKind::kCompare:
+                return MakeBinary(e.text, Build(*e.operands[0]), Build(*e.operands[1]));
+            case ExprKind::kCall:
+                return Call(e);
+        }
+        Fail(e, "unknown expression");
+    }
+
+private:
+    [[noreturn]] void Fail(const Expr& e, const std::string& problem) const {
+        throw EngineFailure("Map algebra: " + problem + " at position " +
+                            std::to_string(e.position) + " of '" + text_ + "'");
+    }
+
+    void Arity(const Expr& call, std::size_t count) const {
+        if (call.operands.size() != count) {
+            Fail(call, call.text + " takes " + std::to_string(count) + " argument" +
+                           (count == 1 ? "" : "s") + ", not " +
+                           std::to_string(call.operands.size()));
+        }
+    }
+
+    double Number(const Expr& call, std::size_t index) const {
+        const Expr& arg = *call.operands[index];
+        if (arg.kind != ExprKind::kNumber) {
+            Fail(arg, call.text + " takes a number as argument " + std::to_string(index + 1));
+        }
+        return arg.number;
+    }
+
+    const std::string& Word(const Expr& call, std::size_t index) const {
+        const Expr& arg = *call.operands[index];
+        if (arg.kind != ExprKind::kWord) {
+            Fail(arg, call.text + " takes a keyword as argument " + std::to_string(index + 1));
+        }
+        return arg.text;
+    }
+
+    NodePtr Call(const Expr& call) {
+        const std::string& f = call.text;
+        auto is = [&](const char* name) { return EqualsNoCase(f, name); };
+        if (is("int") || is("Sqr") || is("Sqrt")) {
+            Arity(call, 1);
+            const UnaryOp op = is("int")   ? UnaryOp::kInt
+                               : is("Sqr") ? UnaryOp::kSqr
+                                           : UnaryOp::kSqrt;
+            return MakeUnary(op, Build(*call.operands[0]));
+        }
+        if (is("con")) {
+            Arity(call, 3);
+            return MakeCon(Build(*call.operands[0]), Build(*call.operands[1]),
+                           Build(*call.operands[2]));
+        }
+        if (is("Sum")) {
+            std::vector<NodePtr> operands;
+            for (const ExprPtr& operand : call.operands) operands.push_back(Build(*operand));
+            return MakeSum(std::move(operands));
+        }
+        if (is("Focalmean")) {
+            Arity(call, 4);
+            if (!EqualsNoCase(Word(call, 1), "annulus")) {
+                Fail(*call.operands[1], "Focalmean knows only the neighbourhood 'annulus', not '" +
+                                            call.operands[1]->text + "'");
+            }
+            return MakeFocalMean(Build(*call.operands[0]), Number(call, 2), Number(call, 3));
+        }
+        if (is("Resample")) {
+            Arity(call, 3);
+            const std::string& method = Word(call, 2);
+            ResampleMethod m = ResampleMethod::kNearest;
+            if (EqualsNoCase(method, "Cubic")) {
+                m = ResampleMethod::kCubic;
+            } else if (EqualsNoCase(method, "Bilinear")) {
+                m = ResampleMethod::kBilinear;
+            } else if (!EqualsNoCase(method, "Nearest")) {
+                Fail(*call.operands[2], "unknown resampling method '" + method + "'");
+            }
+            return MakeResample(Build(*call.operands[0]), Number(call, 1), m);
+        }
+        if (is("Shift")) {
+            Arity(call, 3);
+            return MakeShift(Build(*call.operands[0]), Number(call, 1), Number(call, 2));
+        }
+        Fail(call, "unknown function '" + f + "'");
+    }
+
+    const std::string& text_;
+    const std::function<NodePtr(const std::string&)>& lookup_;
+};
+
+}  // namespace
+
+bool RasterMapAlgebraOp::NoCase::operator()(const std::string& a, const std::string& b) const {
+    return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
+        return std::tolower(static_cast<unsigned char>(x)) <
+               std::tolower(static_cast<unsigned char>(y));
+    });
+}
+
+void RasterMapAlgebraOp::BindRaster(const RasterPtr& raster, const std::string& name) {
+    if (!raster) throw runtime::RuntimeFailure(runtime::kObjectNotSet);
+    bindings_[name] = raster;
+}
+
+void RasterMapAlgebraOp::UnbindRaster(const std::string& name) { bindings_.erase(name); }
+
+RasterPtr RasterMapAlgebraOp::Execute(const std::string& expression) {
+    EnsureGdal();
+    const ExprPtr tree = ParseExpression(expression);
+    const std::function<NodePtr(const std::string&)> lookup = [&](const std::string& name) {
+        auto found = bindings_.find(name);
+        if (found == bindings_.end())
+            throw EngineFailure("Map algebra: unbound raster '" + name + "'");
+        return found->second->Node();
+    };
+    NodePtr root = Builder(expression, lookup).Build(*tree);
+    if (root->IsScalar()) {
+        throw EngineFailure("Map algebra: '" + expression + "' has no raster in it");
+    }
+    return std::make_shared<Raster>(std::move(root), nullptr);
+}
+
+void RasterMapAlgebraOp::SetCellSize(int setting, const std::string& value) {
+    if (setting != 1)
+        throw EngineFailure("Cell size setting " + std::to_string(setting) + " is not supported");
+    cellSize_ = value;
+}
+
+void RasterMapAlgebraOp::SetExtent(int setting, const RasterPtr& raster) {
+    if (setting != 2)
+        throw EngineFailure("Extent setting " + std::to_string(setting) + " is not supported");
+    extent_ = raster;
+}
+
+RasterPtr RasterSurfaceOp::Slope(const RasterPtr& raster, int measure, double zFactor) {
+    if (measure != 1)
+        throw EngineFailure("Slope measure " + std::to_string(measure) + " is not supported");
+    NodePtr surface = runtime::Deref(raster).Node();
+    if (zFactor != 1.0) surface = MakeBinary("*", surface, MakeScalar(zFactor, false));
+    return std::make_shared<Raster>(MakeSlope(surface), nullptr);
+}
+
+}  // namespace halvane::raster

@@ -1,0 +1,447 @@
+#include "platform/raster/Operators.h"
+
+#include <gdal.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace halvane::raster {
+namespace {
+
+constexpr double kNoData = std::numeric_limits<double>::quiet_NaN();
+
+// A cell-wise operator over N inputs; scalars are spread over the block.
+template <std::size_t N, class F>
+class CellwiseNode final : public Node {
+public:
+    explicit CellwiseNode(F f) : f_(std::move(f)) {}
+
+    void Compute(const Window& window, EvalContext& context, double* out) const override {
+        std::array<Block, N> blocks;
+        std::array<const double*, N> in{};
+        for (std::size_t k = 0; k < N; ++k) {
+            if (children[k]->IsScalar()) {
+                blocks[k] = context.NewBlock(window.Cells());
+                std::fill(blocks[k]->begin(), blocks[k]->end(), children[k]->value);
+            } else {
+                blocks[k] = context.Fetch(children[k], grid, window);
+            }
+            in[k] = blocks[k]->data();
+        }
+        const std::int64_t cells = window.Cells();
+        Apply(cells, in, out, std::make_index_sequence<N>());
+    }
+
+private:
+    template <std::size_t... K>
+    void Apply(std::int64_t cells, const std::array<const double*, N>& in, double* out,
+               std::index_sequence<K...>) const {
+        for (std::int64_t i = 0; i < cells; ++i) out[i] = f_(in[K][i]...);
+    }
+
+    F f_;
+};
+
+// Grid, cell type and spatial reference of a node over these inputs; a node
+// whose inputs are all scalars is a scalar itself.
+void Place(Node& node, const std::vector<NodePtr>& inputs) {
+    node.children = inputs;
+    node.scalar = true;
+    for (const NodePtr& input : inputs) {
+        if (input->IsScalar()) continue;
+        if (node.scalar) {
+            node.grid = input->grid;
+            node.spatialReference = input->spatialReference;
+            node.scalar = false;
+        } else {
+            node.grid = CombineGrids(node.grid, input->grid);
+        }
+    }
+}
+
+template <std::size_t N, class F>
+NodePtr MakeCellwise(std::array<NodePtr, N> inputs, bool integer, F f) {
+    auto node = std::make_shared<CellwiseNode<N, F>>(f);
+    Place(*node, std::vector<NodePtr>(inputs.begin(), inputs.end()));
+    node->integer = integer;
+    if (node->scalar) {
+        std::array<double, N> values{};
+        for (std::size_t k = 0; k < N; ++k) values[k] = inputs[k]->value;
+        node->value = std::apply(f, values);
+    }
+    return node;
+}
+
+class StoredNode final : public Node {
+public:
+    explicit StoredNode(StoredBand band) : band_(std::move(band)) {}
+
+    void Compute(const Window& window, EvalContext& context, double* out) const override {
+        std::fill(out, out + window.Cells(), kNoData);
+        const std::int64_t c0 = std::max<std::int64_t>(window.col0, 0);
+        const std::int64_t r0 = std::max<std::int64_t>(window.row0, 0);
+        const std::int64_t c1 = std::min(window.col0 + window.cols, grid.cols);
+        const std::int64_t r1 = std::min(window.row0 + window.rows, grid.rows);
+        if (c0 >= c1 || r0 >= r1) return;
+        auto dataset = static_cast<GDALDatasetH>(context.DatasetHandle(band_.path));
+        double* first = out + (r0 - window.row0) * window.cols + (c0 - window.col0);
+        const CPLErr err = GDALRasterIOEx(
+            GDALGetRasterBand(dataset, 1), GF_Read, static_cast<int>(c0), static_cast<int>(r0),
+            static_cast<int>(c1 - c0), static_cast<int>(r1 - r0), first, static_cast<int>(c1 - c0),
+            static_cast<int>(r1 - r0), GDT_Float64, sizeof(double),
+            static_cast<GSpacing>(sizeof(double) * window.cols), nullptr);
+        if (err != CE_None) {
+            throw EngineFailure("Cannot read raster '" + band_.path + "': " + CPLGetLastErrorMsg());
+        }
+        for (std::int64_t r = r0; r < r1; ++r) {
+            double* row = out + (r - window.row0) * window.cols + (c0 - window.col0);
+            for (std::int64_t c = 0; c < c1 - c0; ++c) {
+                if (band_.hasNoData && row[c] == band_.noData) row[c] = kNoData;
+            }
+        }
+    }
+
+private:
+    StoredBand band_;
+};
+
+class ShiftNode final : public Node {
+public:
+    void Compute(const Window& window, EvalContext& context, double* out) const override {
+        // Same cells, other place: the child's indices are this node's indices.
+        Block block = context.Get(children[0], window);
+        std::copy(block->begin(), block->end(), out);
+    }
+};
+
+// The mean over a ring inner < d <= outer (in cells) around every cell, from
+// per-row prefix sums of values and valid counts: O(outer) per cell.
+class FocalMeanNode final : public Node {
+public:
+    FocalMeanNode(double inner, double outer) {
+        const double inner2 = inner * inner;
+        const double outer2 = outer * outer;
+        reach_ = static_cast<std::int64_t>(std::floor(outer));
+        for (std::int64_t dy = -reach_; dy <= reach_; ++dy) {
+            const double dy2 = static_cast<double>(dy * dy);
+            spans_.push_back({Widest(outer2, dy2), Widest(inner2, dy2)});
+        }
+    }
+
+    void Compute(const Window& window, EvalContext& context, double* out) const override {
+        const std::int64_t width = window.cols + 2 * reach_;
+        const std::int64_t height = window.rows + 2 * reach_;
+        Block source =
+            context.Get(children[0], {window.col0 - reach_, window.row0 - reach_, width, height});
+        std::vector<double> sums(static_cast<std::size_t>((width + 1) * height));
+        std::vector<std::int64_t> counts(sums.size());
+        for (std::int64_t r = 0; r < height; ++r) {
+            const double* row = source->data() + r * width;
+            double* s = sums.data() + r * (width + 1);
+            std::int64_t* n = counts.data() + r * (width + 1);
+            s[0] = 0.0;
+            n[0] = 0;
+            for (std::int64_t c = 0; c < width; ++c) {
+                const bool valid = !std::isnan(row[c]);
+                s[c + 1] = s[c] + (valid ? row[c] : 0.0);
+                n[c + 1] = n[c] + (valid ? 1 : 0);
+            }
+        }
+        std::vector<double> total(static_cast<std::size_t>(window.cols));
+        std::vector<std::int64_t> valid(total.size());
+        for (std::int64_t r = 0; r < window.rows; ++r) {
+            std::fill(total.begin(), total.end(), 0.0);
+            std::fill(valid.begin(), valid.end(), 0);
+            for (std::int64_t dy = -reach_; dy <= reach_; ++dy) {
+                const auto [outer, inner] = spans_[dy + reach_];
+                if (outer < 0) continue;
+                const std::int64_t offset = (r + reach_ + dy) * (width + 1) + reach_;
+                const double* s = sums.data() + offset;
+                const std::int64_t* n = counts.data() + offset;
+                for (std::int64_t c = 0; c < window.cols; ++c) {
+                    total[c] += s[c + outer + 1] - s[c - outer];
+                    valid[c] += n[c + outer + 1] - n[c - outer];
+                }
+                if (inner < 0) continue;
+                for (std::int64_t c = 0; c < window.cols; ++c) {
+                    total[c] -= s[c + inner + 1] - s[c - inner];
+                    valid[c] -= n[c + inner + 1] - n[c - inner];
+                }
+            }
+            double* o = out + r * window.cols;
+            for (std::int64_t c = 0; c < window.cols; ++c) {
+                o[c] = valid[c] > 0 ? total[c] / static_cast<double>(valid[c]) : kNoData;
+            }
+        }
+    }
+
+private:
+    // The largest dx with dx^2 + dy^2 <= limit2, or -1 when there is none.
+    static std::int64_t Widest(double limit2, double dy2) {
+        if (dy2 > limit2) return -1;
+        auto dx = static_cast<std::int64_t>(std::floor(std::sqrt(limit2 - dy2)));
+        while (static_cast<double>((dx + 1) * (dx + 1)) + dy2 <= limit2) ++dx;
+        while (dx >= 0 && static_cast<double>(dx * dx) + dy2 > limit2) --dx;
+        return dx;
+    }
+
+    std::int64_t reach_ = 0;
+    std::vector<std::pair<std::int64_t, std::int64_t>> spans_;  // outer, inner half-widths per dy
+};
+
+double Cubic(double t) {
+    // Cubic convolution kernel with a = -0.5.
+    constexpr double a = -0.5;
+    t = std::abs(t);
+    if (t <= 1.0) return ((a + 2.0) * t - (a + 3.0)) * t * t + 1.0;
+    if (t < 2.0) return ((a * t - 5.0 * a) * t + 8.0 * a) * t - 4.0 * a;
+    return 0.0;
+}
+
+class ResampleNode final : public Node {
+public:
+    explicit ResampleNode(ResampleMethod method) : method_(method) {}
+
+    void Compute(const Window& window, EvalContext& context, double* out) const override {
+        const Grid& g = children[0]->grid;
+        const std::int64_t before = method_ == ResampleMethod::kCubic ? 1 : 0;
+        const std::int64_t after = method_ == ResampleMethod::kNearest ? 0
+                                   : method_ == ResampleMethod::kCubic ? 2
+                                                                       : 1;
+        // Source position of every output centre, in source cell units (centre of cell i at i).
+        std::vector<double> xs(static_cast<std::size_t>(window.cols));
+        std::vector<double> ys(static_cast<std::size_t>(window.rows));
+        for (std::int64_t j = 0; j < window.cols; ++j) {
+            xs[j] =
+                (grid.left + (static_cast<double>(window.col0 + j) + 0.5) * grid.cellX - g.left) /
+                    g.cellX -
+                0.5;
+        }
+        for (std::int64_t i = 0; i < window.rows; ++i) {
+            ys[i] =
+                (g.top - (grid.top - (static_cast<double>(window.row0 + i) + 0.5) * grid.cellY)) /
+                    g.cellY -
+                0.5;
+        }
+        const std::int64_t c0 = static_cast<std::int64_t>(std::floor(xs.front())) - before;
+        const std::int64_t c1 = static_cast<std::int64_t>(std::floor(xs.back() + 0.5)) + after;
+        const std::int64_t r0 = static_cast<std::int64_t>(std::floor(ys.front())) - before;
+        const std::int64_t r1 = static_cast<std::int64_t>(std::floor(ys.back() + 0.5)) + after;
+        const Window source{c0, r0, c1 - c0 + 1, r1 - r0 + 1};
+        Block block = context.Get(children[0], source);
+        const double* src = block->data();
+        auto at = [&](std::int64_t col, std::int64_t row) {
+            return src[(row - r0) * source.cols + (col - c0)];
+        };
+        for (std::int64_t i = 0; i < window.rows; ++i) {
+            const double y = ys[i];
+            const auto iy = static_cast<std::int64_t>(std::floor(y));
+            const double ty = y - static_cast<double>(iy);
+            for (std::int64_t j = 0; j < window.cols; ++j) {
+                const double x = xs[j];
+                const auto ix = static_cast<std::int64_t>(std::floor(x));
+                const double tx = x - static_cast<double>(ix);
+                const double nearest = at(static_cast<std::int64_t>(std::floor(x + 0.5)),
+                                          static_cast<std::int64_t>(std::floor(y + 0.5)));
+                double value = nearest;
+                if (method_ == ResampleMethod::kBilinear) {
+                    const double v00 = at(ix, iy), v10 = at(ix + 1, iy);
+                    const double v01 = at(ix, iy + 1), v11 = at(ix + 1, iy + 1);
+                    value =
+                        (v00 * (1 - tx) + v10 * tx) * (1 - ty) + (v01 * (1 - tx) + v11 * tx) * ty;
+                } else if (method_ == ResampleMethod::kCubic) {
+                    value = 0.0;
+                    for (std::int64_t m = -1; m <= 2; ++m) {
+                        double line = 0.0;
+                        for (std::int64_t n = -1; n <= 2; ++n) {
+                            line += at(ix + n, iy + m) * Cubic(tx - static_cast<double>(n));
+                        }
+                        value += line * Cubic(ty - static_cast<double>(m));
+                    }
+                }
+                // A missing neighbour (NoData or beyond the edge) falls back to nearest.
+                out[i * window.cols + j] = std::isnan(value) ? nearest : value;
+            }
+        }
+    }
+
+private:
+    ResampleMethod method_;
+};
+
+class SlopeNode final : public Node {
+public:
+    void Compute(const Window& window, EvalContext& context, double* out) const override {
+        const std::int64_t width = window.cols + 2;
+        Block block =
+            context.Get(children[0], {window.col0 - 1, window.row0 - 1, width, window.rows + 2});
+        const double* z = block->data();
+        const double toDegrees = 180.0 / M_PI;
+        for (std::int64_t i = 0; i < window.rows; ++i) {
+            for (std::int64_t j = 0; j < window.cols; ++j) {
+                const double* centre = z + (i + 1) * width + (j + 1);
+                const double e = *centre;
+                if (std::isnan(e)) {
+                    out[i * window.cols + j] = kNoData;
+                    continue;
+                }
+                // A neighbour beyond the edge or without data takes the centre's value.
+                auto at = [&](std::int64_t di, std::int64_t dj) {
+                    const double v = centre[di * width + dj];
+                    return std::isnan(v) ? e : v;
+                };
+                const double a = at(-1, -1), b = at(-1, 0), c = at(-1, 1);
+                const double d = at(0, -1), f = at(0, 1);
+                const double g = at(1, -1), h = at(1, 0), k = at(1, 1);
+                const double dzdx = ((c + 2 * f + k) - (a + 2 * d + g)) / (8 * grid.cellX);
+                const double dzdy = ((g + 2 * h + k) - (a + 2 * b + c)) / (8 * grid.cellY);
+                out[i * window.cols + j] = std::atan(std::hypot(dzdx, dzdy)) * toDegrees;
+            }
+        }
+    }
+};
+
+void RequireRaster(const NodePtr& operand, const char* function) {
+    if (operand->IsScalar()) {
+        throw EngineFailure(std::string("Map algebra: ") + function +
+                            " needs a raster, not a number");
+    }
+}
+
+}  // namespace
+
+NodePtr MakeStored(const StoredBand& band) {
+    auto node = std::make_shared<StoredNode>(band);
+    node->grid = band.grid;
+    node->integer = band.integer;
+    node->spatialReference = band.spatialReference;
+    return node;
+}
+
+NodePtr MakeScalar(double value, bool integer) {
+    auto node = MakeCellwise<0>({}, integer, [value]() { return value; });
+    return node;
+}
+
+NodePtr MakeUnary(UnaryOp op, NodePtr operand) {
+    const bool integer = operand->integer;
+    switch (op) {
+        case UnaryOp::kInt:
+            return MakeCellwise<1>({std::move(operand)}, true,
+                                   [](double x) { return std::trunc(x); });
+        case UnaryOp::kSqr:
+            return MakeCellwise<1>({std::move(operand)}, integer, [](double x) { return x * x; });
+        case UnaryOp::kSqrt:
+            return MakeCellwise<1>({std::move(operand)}, false,
+                                   [](double x) { return x < 0.0 ? kNoData : std::sqrt(x); });
+    }
+    return nullptr;
+}
+
+NodePtr MakeBinary(const std::string& op, NodePtr lhs, NodePtr rhs) {
+    const bool integer = lhs->integer && rhs->integer;
+    std::array<NodePtr, 2> in{std::move(lhs), std::move(rhs)};
+    auto compare = [&](auto test) {
+        return MakeCellwise<2>(std::move(in), true, [test](double a, double b) {
+            return std::isnan(a) || std::isnan(b) ? kNoData : (test(a, b) ? 1.0 : 0.0);
+        });
+    };
+    if (op == "+") return MakeCellwise<2>(std::move(in), integer, std::plus<>());
+    if (op == "-") return MakeCellwise<2>(std::move(in), integer, std::minus<>());
+    if (op == "*") return MakeCellwise<2>(std::move(in), integer, std::multiplies<>());
+    if (op == "/") {
+        return MakeCellwise<2>(std::move(in), false,
+                               [](double a, double b) { return b == 0.0 ? kNoData : a / b; });
+    }
+    if (op == "<") return compare(std::less<>());
+    if (op == "<=") return compare(std::less_equal<>());
+    if (op == ">") return compare(std::greater<>());
+    if (op == ">=") return compare(std::greater_equal<>());
+    throw EngineFailure("Map algebra: unknown operator '" + op + "'");
+}
+
+NodePtr MakeCon(NodePtr condition, NodePtr whenTrue, NodePtr whenFalse) {
+    const bool integer = whenTrue->integer && whenFalse->integer;
+    return MakeCellwise<3>(
+        {std::move(condition), std::move(whenTrue), std::move(whenFalse)}, integer,
+        [](double c, double a, double b) { return std::isnan(c) ? kNoData : (c != 0.0 ? a : b); });
+}
+
+class SumNode final : public Node {
+public:
+    void Compute(const Window& window, EvalContext& context, double* out) const override {
+        std::fill(out, out + window.Cells(), 0.0);
+        for (const NodePtr& child : children) {
+            if (child->IsScalar()) {
+                for (std::int64_t i = 0; i < window.Cells(); ++i) out[i] += child->value;
+                continue;
+            }
+            Block block = context.Fetch(child, grid, window);
+            const double* in = block->data();
+            for (std::int64_t i = 0; i < window.Cells(); ++i) out[i] += in[i];
+        }
+    }
+};
+
+NodePtr MakeSum(std::vector<NodePtr> operands) {
+    auto node = std::make_shared<SumNode>();
+    node->integer = std::ranges::all_of(operands, [](const NodePtr& n) { return n->integer; });
+    Place(*node, operands);
+    if (node->scalar) {
+        for (const NodePtr& operand : operands) node->value += operand->value;
+    }
+    return node;
+}
+
+NodePtr MakeFocalMean(NodePtr operand, double inner, double outer) {
+    RequireRaster(operand, "Focalmean");
+    if (!(inner >= 0.0) || !(outer > inner)) {
+        throw EngineFailure("Map algebra: Focalmean needs 0 <= inner radius < outer radius, not " +
+                            std::to_string(inner) + " and " + std::to_string(outer));
+    }
+    if (outer > 10000.0) throw EngineFailure("Map algebra: Focalmean radius too large");
+    auto node = std::make_shared<FocalMeanNode>(inner, outer);
+    Place(*node, {std::move(operand)});
+    node->integer = false;
+    return node;
+}
+
+NodePtr MakeShift(NodePtr operand, double x, double y) {
+    RequireRaster(operand, "Shift");
+    auto node = std::make_shared<ShiftNode>();
+    Place(*node, {std::move(operand)});
+    node->integer = node->children[0]->integer;
+    // The lower-left corner moves to (x, y).
+    node->grid.left = x;
+    node->grid.top = y + node->grid.cellY * static_cast<double>(node->grid.rows);
+    return node;
+}
+
+NodePtr MakeResample(NodePtr operand, double cellSize, ResampleMethod method) {
+    RequireRaster(operand, "Resample");
+    if (!(cellSize > 0.0)) throw EngineFailure("Map algebra: Resample needs a cell size above 0");
+    auto node = std::make_shared<ResampleNode>(method);
+    Place(*node, {std::move(operand)});
+    const Grid& source = node->children[0]->grid;
+    node->integer = method == ResampleMethod::kNearest && node->children[0]->integer;
+    node->grid.cellX = cellSize;
+    node->grid.cellY = cellSize;
+    node->grid.cols =
+        std::max<std::int64_t>(1, std::llround((source.Right() - source.left) / cellSize));
+    node->grid.rows =
+        std::max<std::int64_t>(1, std::llround((source.top - source.Bottom()) / cellSize));
+    return node;
+}
+
+NodePtr MakeSlope(NodePtr operand) {
+    RequireRaster(operand, "Slope");
+    auto node = std::make_shared<SlopeNode>();
+    Place(*node, {std::move(operand)});
+    node->integer = false;
+    return node;
+}
+
+}  // namespace halvane::raster

@@ -1,0 +1,159 @@
+#pragma once
+// Stored grids: workspaces (folders), datasets by name, band 0 with its
+// statistics and attribute table, and the raster a computation works on.
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/raster/Engine.h"
+#include "platform/raster/Fwd.h"
+
+namespace halvane::raster {
+
+struct Envelope {
+    double XMin = 0.0;
+    double YMin = 0.0;
+    double XMax = 0.0;
+    double YMax = 0.0;
+};
+
+struct Pnt {
+    double X = 0.0;
+    double Y = 0.0;
+};
+
+struct RasterStatistics {
+    double Mean = 0.0;
+    double StandardDeviation = 0.0;  // population
+    double Minimum = 0.0;
+    double Maximum = 0.0;
+    std::int64_t validCells = 0;
+};
+
+struct AttributeRow {
+    std::int32_t Value = 0;
+    std::int64_t Count = 0;
+};
+using AttributeTable = std::vector<AttributeRow>;
+
+// An integer grid keeps a table up to this many distinct values.
+inline constexpr std::size_t kMaxTableValues = 65536;
+
+// Everything one pass over a grid learns about its values.
+struct GridSummary {
+    RasterStatistics statistics;
+    std::optional<AttributeTable> table;
+};
+
+class RasterWorkspace {
+public:
+    explicit RasterWorkspace(std::string path) : path_(std::move(path)) {}
+
+    const std::string& PathName() const { return path_; }
+
+    // Opens a grid by name, matched without regard to case. Fails if it isn't there.
+    RasterDatasetPtr OpenRasterDataset(const std::string& name) const;
+
+    // The file or folder of the grid with this name, or empty.
+    std::string Find(const std::string& name) const;
+
+private:
+    std::string path_;
+};
+
+class RasterWorkspaceFactory {
+public:
+    // A folder that exists and holds a raster or an "info" folder.
+    bool IsWorkspace(const std::string& path) const;
+    // Fails when the folder does not exist.
+    RasterWorkspacePtr OpenFromFile(const std::string& path, std::intptr_t hWnd) const;
+    // Makes the folder path/name as an empty raster workspace.
+    RasterWorkspacePtr Create(const std::string& path, const std::string& name,
+                              const void* connectionProperties, std::intptr_t hWnd) const;
+};
+
+class RasterDataset : public std::enable_shared_from_this<RasterDataset> {
+public:
+    // A grid on disk: a file GDAL reads, or a grid folder.
+    static RasterDatasetPtr Open(const std::string& path);
+    // The not yet stored result of a computation.
+    static RasterDatasetPtr Temporary(NodePtr node);
+
+    const std::string& Name() const { return name_; }  // empty for a temporary
+    const std::string& Path() const { return path_; }  // empty for a temporary
+    bool IsTemporary() const { return path_.empty(); }
+
+    RasterPtr CreateDefaultRaster();
+
+    bool CanCopy() const { return static_cast<bool>(node_); }
+    // Stores the grid as name in workspace. Never overwrites: an existing name
+    // fails, and a failed copy leaves nothing under the name.
+    RasterDatasetPtr Copy(const std::string& name, const RasterWorkspacePtr& workspace);
+
+    bool CanDelete() const;
+    void Delete();
+
+    const RasterStatistics& Statistics();
+    bool HasTable();
+    const AttributeTable& GetAttributeTable();
+
+    const NodePtr& Node() const { return node_; }
+
+private:
+    const GridSummary& Summary();
+
+    NodePtr node_;
+    std::string path_;
+    std::string name_;
+    std::mutex summaryLock_;
+    std::optional<GridSummary> summary_;
+};
+
+class RasterBand {
+public:
+    explicit RasterBand(RasterDatasetPtr dataset) : dataset_(std::move(dataset)) {}
+
+    const RasterStatistics& Statistics() const { return dataset_->Statistics(); }
+    const RasterDatasetPtr& RasterDataset() const { return dataset_; }
+    bool HasTable() const { return dataset_->HasTable(); }
+    const raster::AttributeTable& AttributeTable() const { return dataset_->GetAttributeTable(); }
+
+private:
+    RasterDatasetPtr dataset_;
+};
+
+// A raster as bound to an expression or returned from Execute.
+class Raster {
+public:
+    Raster(NodePtr node, RasterDatasetPtr dataset)
+        : node_(std::move(node)), dataset_(std::move(dataset)) {}
+
+    const NodePtr& Node() const { return node_; }
+    const Grid& GetGrid() const { return node_->grid; }
+    bool IsInteger() const { return node_->integer; }
+
+    Envelope Extent() const;
+    Pnt MeanCellSize() const;
+    std::string SpatialReference() const;
+    bool IsProjected() const;
+
+    // Band 0, the only one; any other index fails.
+    std::shared_ptr<RasterBand> Item(int index);
+
+    // The cells of a window, row by row; NaN is NoData.
+    std::vector<double> Read(const Window& window) const;
+
+private:
+    NodePtr node_;
+    RasterDatasetPtr dataset_;  // the stored grid, or made on first use for a result
+};
+
+// Sets GDAL up once for the engine: drivers, a bounded block cache, and
+// failures reported through our own descriptions instead of stderr.
+void EnsureGdal();
+
+}  // namespace halvane::raster

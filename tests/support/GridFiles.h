@@ -1,0 +1,96 @@
+#pragma once
+// Small grids written by the tests themselves, and a folder that cleans up.
+
+#include <cpl_conv.h>
+#include <gdal.h>
+#include <ogr_srs_api.h>
+
+#include <cmath>
+#include <filesystem>
+#include <limits>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "platform/raster/MapAlgebra.h"
+
+namespace halvane::testing {
+
+inline constexpr double kNoData = std::numeric_limits<double>::quiet_NaN();
+
+class TempDir {
+public:
+    TempDir() {
+        std::string pattern = (std::filesystem::temp_directory_path() / "halvane-XXXXXX").string();
+        path_ = ::mkdtemp(pattern.data());
+    }
+    ~TempDir() { std::filesystem::remove_all(path_); }
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+
+    const std::filesystem::path& Path() const { return path_; }
+    std::string operator/(const std::string& name) const { return (path_ / name).string(); }
+
+private:
+    std::filesystem::path path_;
+};
+
+inline std::string UtmWkt() {
+    OGRSpatialReferenceH srs = OSRNewSpatialReference(nullptr);
+    OSRImportFromEPSG(srs, 32633);
+    char* wkt = nullptr;
+    OSRExportToWkt(srs, &wkt);
+    std::string text = wkt;
+    CPLFree(wkt);
+    OSRDestroySpatialReference(srs);
+    return text;
+}
+
+// Writes values (row by row, NaN for NoData) as a plain GeoTIFF.
+inline void WriteGrid(const std::string& path, const raster::Grid& grid,
+                      const std::vector<double>& values, bool integer = false,
+                      const std::string& wkt = UtmWkt()) {
+    raster::EnsureGdal();
+    const double noData = integer ? -9999.0 : -3.0e38;
+    GDALDatasetH ds =
+        GDALCreate(GDALGetDriverByName("GTiff"), path.c_str(), static_cast<int>(grid.cols),
+                   static_cast<int>(grid.rows), 1, integer ? GDT_Int32 : GDT_Float32, nullptr);
+    double transform[6] = {grid.left, grid.cellX, 0, grid.top, 0, -grid.cellY};
+    GDALSetGeoTransform(ds, transform);
+    if (!wkt.empty()) GDALSetProjection(ds, wkt.c_str());
+    GDALRasterBandH band = GDALGetRasterBand(ds, 1);
+    GDALSetRasterNoDataValue(band, noData);
+    std::vector<double> cells(values);
+    for (double& v : cells) v = std::isnan(v) ? noData : v;
+    if (GDALRasterIO(band, GF_Write, 0, 0, static_cast<int>(grid.cols), static_cast<int>(grid.rows),
+                     cells.data(), static_cast<int>(grid.cols), static_cast<int>(grid.rows),
+                     GDT_Float64, 0, 0) != CE_None) {
+        throw std::runtime_error("cannot write test grid " + path);
+    }
+    GDALClose(ds);
+}
+
+inline raster::RasterPtr OpenRaster(const std::string& path) {
+    return raster::RasterDataset::Open(path)->CreateDefaultRaster();
+}
+
+inline std::vector<double> ReadAll(const raster::RasterPtr& raster) {
+    const raster::Grid& g = raster->GetGrid();
+    return raster->Read({0, 0, g.cols, g.rows});
+}
+
+// Deterministic test values: a tilted, wavy surface with whole or fractional cells.
+inline std::vector<double> Surface(const raster::Grid& grid, bool whole, int seed = 1) {
+    std::vector<double> values(static_cast<std::size_t>(grid.Cells()));
+    for (std::int64_t r = 0; r < grid.rows; ++r) {
+        for (std::int64_t c = 0; c < grid.cols; ++c) {
+            double v =
+                -100.0 + 3.0 * static_cast<double>(c) - 2.0 * static_cast<double>(r) +
+                17.0 * std::sin(0.7 * static_cast<double>(c * seed) + 0.3 * static_cast<double>(r));
+            values[r * grid.cols + c] = whole ? std::round(v) : v;
+        }
+    }
+    return values;
+}
+
+}  // namespace halvane::testing
