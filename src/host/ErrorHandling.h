@@ -19,6 +19,7 @@
 #include <string>
 #include <type_traits>
 
+#include "platform/runtime/Failure.h"
 #include "platform/ui/Services.h"
 
 namespace halvane {
@@ -73,6 +74,20 @@ auto Guarded(const Procedure& procedure, Body&& body) -> std::invoke_result_t<Bo
         return body();
     } catch (...) {
         HandleCurrentFailure(procedure);
+        if constexpr (!std::is_void_v<Result>) return Result{};
+    }
+}
+
+// Runs `body`; on failure calls `onFailure` with it, for the few procedures
+// that handle a failure their own way (a message of their own, or silence),
+// and returns the result type's default.
+template <class Body, class OnFailure>
+auto WithHandler(Body&& body, OnFailure&& onFailure) -> std::invoke_result_t<Body&> {
+    using Result = std::invoke_result_t<Body&>;
+    try {
+        return body();
+    } catch (...) {
+        onFailure(runtime::CurrentFailure());
         if constexpr (!std::is_void_v<Result>) return Result{};
     }
 }

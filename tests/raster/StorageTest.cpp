@@ -152,7 +152,8 @@ TEST(EvaluatorTest, TilesAndThreadsGiveTheWholeGridResult) {
     int run = 0;
     for (std::int64_t tile : {1, 7, 64, 512}) {
         for (int threads : {1, 2}) {
-            Settings() = {tile, threads};
+            Settings().tileSize = tile;
+            Settings().threads = threads;
             const std::string name = "out" + std::to_string(run++);
             RasterDatasetPtr stored = chained->Item(0)->RasterDataset()->Copy(name, workspace);
             const std::vector<double> cells = testing::ReadAll(stored->CreateDefaultRaster());

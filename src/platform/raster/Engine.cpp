@@ -198,6 +198,9 @@ void EvaluateTiles(const NodePtr& root,
     std::exception_ptr failure;
     std::mutex failureLock;
     std::atomic<bool> failed{false};
+    std::mutex progressLock;
+    std::int64_t done = 0;
+    const auto total = static_cast<std::int64_t>(tiles.size());
 #pragma omp parallel num_threads(threads)
     {
         EvalContext context(root);
@@ -208,6 +211,10 @@ void EvaluateTiles(const NodePtr& root,
             try {
                 Block block = context.Get(root, tiles[t]);
                 sink(tiles[t], block->data());
+                if (Settings().onProgress) {
+                    std::lock_guard lock(progressLock);
+                    Settings().onProgress(++done, total);
+                }
             } catch (...) {
                 std::lock_guard lock(failureLock);
                 if (!failure) failure = std::current_exception();

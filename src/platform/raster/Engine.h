@@ -109,6 +109,8 @@ private:
 struct EvalSettings {
     std::int64_t tileSize = 512;  // a multiple of the stored block size writes fastest
     int threads = 0;              // 0: all cores
+    // Told after every finished tile, one call at a time; for a progress bar.
+    std::function<void(std::int64_t done, std::int64_t total)> onProgress;
 };
 EvalSettings& Settings();
 

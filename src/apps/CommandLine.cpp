@@ -1,0 +1,121 @@
+#include "apps/CommandLine.h"
+
+#include <algorithm>
+#include <iostream>
+
+#include "apps/RasterCommands.h"
+
+namespace halvane::apps {
+
+std::string Arguments::Required(const std::string& option) const {
+    auto found = options.find(option);
+    if (found == options.end()) throw UsageError{option + " is required"};
+    return found->second;
+}
+
+std::string Arguments::Optional(const std::string& option, const std::string& fallback) const {
+    auto found = options.find(option);
+    return found == options.end() ? fallback : found->second;
+}
+
+Arguments Parse(const Command& command, const std::vector<std::string>& args) {
+    Arguments parsed;
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        std::string arg = args[i];
+        if (arg == "--help" || arg == "-h") {
+            parsed.help = true;
+            continue;
+        }
+        if (arg.rfind("--", 0) != 0 || arg == "--") {
+            parsed.positional.push_back(arg);
+            continue;
+        }
+        std::string value;
+        const std::size_t equals = arg.find('=');
+        const bool inlineValue = equals != std::string::npos;
+        if (inlineValue) {
+            value = arg.substr(equals + 1);
+            arg = arg.substr(0, equals);
+        }
+        const auto listed = [&](const std::vector<std::string>& names) {
+            return std::ranges::find(names, arg) != names.end();
+        };
+        if (listed(command.flags) && !inlineValue) {
+            parsed.options.emplace(arg, "");
+            continue;
+        }
+        if (!listed(command.valueOptions)) throw UsageError{"unknown option " + arg};
+        if (!inlineValue) {
+            if (i + 1 >= args.size()) throw UsageError{arg + " needs a value"};
+            value = args[++i];
+        }
+        parsed.options.emplace(arg, value);
+    }
+    return parsed;
+}
+
+const std::vector<Command>& Commands() {
+    static const std::vector<Command> commands = {
+        {"calc",
+         "evaluate a map algebra expression and save the grid",
+         "--workdir DIR --name NAME [--bind NAME=PATH]... 'EXPRESSION'",
+         {"--workdir", "--name", "--bind"},
+         {},
+         RunCalc},
+        {"slope",
+         "slope in degrees (Horn) of a grid",
+         "--workdir DIR --name NAME INPUT",
+         {"--workdir", "--name"},
+         {},
+         RunSlope},
+        {"info",
+         "size, cell size, extent, type, statistics and value table of a grid",
+         "[--json] PATH",
+         {},
+         {"--json"},
+         RunInfo},
+    };
+    return commands;
+}
+
+namespace {
+
+void PrintOverview(std::ostream& out) {
+    out << "Usage: halvane <command> [options]\n\nCommands:\n";
+    for (const Command& command : Commands()) {
+        out << "  " << command.name << std::string(10 - std::string(command.name).size(), ' ')
+            << command.summary << "\n";
+    }
+    out << "\n'halvane <command> --help' shows the options of one command.\n";
+}
+
+}  // namespace
+
+int Main(int argc, char** argv) {
+    std::vector<std::string> args(argv + 1, argv + argc);
+    if (args.empty() || args[0] == "--help" || args[0] == "-h" || args[0] == "help") {
+        PrintOverview(args.empty() ? std::cerr : std::cout);
+        return args.empty() ? 2 : 0;
+    }
+    const auto command =
+        std::ranges::find_if(Commands(), [&](const Command& c) { return args[0] == c.name; });
+    if (command == Commands().end()) {
+        std::cerr << "halvane: unknown command '" << args[0] << "'\n\n";
+        PrintOverview(std::cerr);
+        return 2;
+    }
+    const std::string usage = std::string("Usage: halvane ") + command->name + " " + command->usage;
+    try {
+        const Arguments arguments = Parse(*command, {args.begin() + 1, args.end()});
+        if (arguments.help) {
+            std::cout << usage << "\n\n" << command->summary << "\n";
+            return 0;
+        }
+        return command->run(arguments);
+    } catch (const UsageError& error) {
+        std::cerr << "halvane " << command->name << ": " << error.message << "\n" << usage << "\n";
+        return 2;
+    }
+}
+
+}  // namespace halvane::apps

@@ -1,0 +1,20 @@
+#pragma once
+// Commands over the raster engine alone: calc, slope, info.
+
+#include <functional>
+#include <string>
+
+#include "apps/CommandLine.h"
+
+namespace halvane::apps {
+
+int RunCalc(const Arguments& arguments);
+int RunSlope(const Arguments& arguments);
+int RunInfo(const Arguments& arguments);
+
+// Runs body with the console as the desktop and the engine's progress on
+// stderr; a failure is reported as the desktop would report it. Gives the
+// exit status: 0, or 1 after a reported failure.
+int RunReported(const std::string& command, const std::function<bool()>& body);
+
+}  // namespace halvane::apps

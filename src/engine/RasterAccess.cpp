@@ -1,0 +1,142 @@
+#include "engine/RasterAccess.h"
+
+#include "host/ErrorHandling.h"
+#include "platform/runtime/Text.h"
+
+namespace halvane {
+namespace {
+
+using runtime::Deref;
+
+constexpr const char* kModule = "modUtil";
+
+std::string BrowseFirst(const ui::GxDialog& dialog, std::int32_t hWnd) {
+    std::vector<std::string> selection;
+    if (dialog.DoModalOpen(hWnd, selection) && !selection.empty()) return selection.front();
+    return "";
+}
+
+void ShowSplitFailure(const runtime::Failure& failure) {
+    ui::Services().MsgBox("Workspace Split:" + failure.description, ui::vbOKOnly);
+}
+
+}  // namespace
+
+std::string getWorkspaceInput(const std::string& sTitle, std::int32_t hWnd) {
+    return Guarded({"getWorkspaceInput", kModule, kTopLevel}, [&] {
+        ui::GxDialog dialog;
+        dialog.Title = sTitle;
+        dialog.AllowMultiSelect = false;
+        dialog.ObjectFilter = ui::GxObjectFilter::Folders;
+        return BrowseFirst(dialog, hWnd);
+    });
+}
+
+std::string getRasterInput(const std::string& sTitle, std::int32_t hWnd) {
+    return Guarded({"getRasterInput", kModule, kTopLevel}, [&] {
+        ui::GxDialog dialog;
+        dialog.ObjectFilter = ui::GxObjectFilter::RasterDatasets;
+        dialog.Title = sTitle;
+        return BrowseFirst(dialog, hWnd);
+    });
+}
+
+raster::RasterWorkspacePtr GetRasterWorkspace(const std::string& sPath) {
+    return Guarded({"GetRasterWorkspace", kModule, kTopLevel}, [&] {
+        raster::RasterWorkspaceFactory factory;
+        return factory.IsWorkspace(sPath) ? factory.OpenFromFile(sPath, 0)
+                                          : raster::RasterWorkspacePtr();
+    });
+}
+
+raster::RasterWorkspacePtr nuWS_PathOpenIRasterWorkspace(const std::string& sPath) {
+    return Guarded({"nuWS_PathOpenIRasterWorkspace", kModule, kTopLevel},
+                   [&] { return raster::RasterWorkspaceFactory().OpenFromFile(sPath, 0); });
+}
+
+raster::RasterDatasetPtr OpenDatasetInWorkspace(const raster::RasterWorkspacePtr& pWorkspace,
+                                                const std::string& sName) {
+    return WithHandler(
+        [&] {
+            raster::RasterDatasetPtr dataset = Deref(pWorkspace).OpenRasterDataset(sName);
+            return dataset ? Deref(pWorkspace).OpenRasterDataset(sName) : dataset;
+        },
+        [](const runtime::Failure&) {});
+}
+
+raster::RasterWorkspacePtr OpenOrMakeRasterWorkspace(const std::string& sPath) {
+    raster::RasterWorkspaceFactory factory;
+    if (factory.IsWorkspace(sPath)) return factory.OpenFromFile(sPath, 0);
+    createTempRasterWS(sPath, "halvane_var");
+    return factory.OpenFromFile(sPath, 0);
+}
+
+raster::RasterWorkspacePtr createTempRasterWS(const std::string& sPath, const std::string& sName) {
+    return Guarded({"createTempRasterWS", kModule, kTopLevel}, [&] {
+        raster::RasterWorkspaceFactory factory;
+        const std::string full = sPath + runtime::kPathSeparator + sName;
+        if (!factory.IsWorkspace(full)) factory.Create(sPath, sName, nullptr, 0);
+        return factory.OpenFromFile(full, 0);
+    });
+}
+
+raster::RasterDatasetPtr OpenRasterDataset(const std::string& sPath, const std::string& sName) {
+    return Guarded({"OpenRasterDataset", kModule, kTopLevel}, [&] {
+        raster::RasterWorkspacePtr workspace = nuWS_PathOpenIRasterWorkspace(sPath);
+        return Deref(workspace).OpenRasterDataset(sName);
+    });
+}
+
+std::string PathOfRaster(const std::string& sFullPath) {
+    return WithHandler(
+        [&] {
+            const runtime::PathSplit split = runtime::SplitAtLastSeparator(sFullPath);
+            return split.found ? split.before : std::string();
+        },
+        ShowSplitFailure);
+}
+
+std::string NameOfRaster(const std::string& sFullPath) {
+    return WithHandler(
+        [&] {
+            const runtime::PathSplit split = runtime::SplitAtLastSeparator(sFullPath);
+            if (!split.found || split.after.empty()) return std::string();
+            return split.after.substr(0, split.after.find('.'));
+        },
+        ShowSplitFailure);
+}
+
+bool RasterExists(const std::string& sFullPath) {
+    return WithHandler(
+        [&] {
+            const std::string path = PathOfRaster(sFullPath);
+            raster::RasterWorkspaceFactory factory;
+            if (!factory.IsWorkspace(path)) return false;
+            raster::RasterWorkspacePtr workspace = factory.OpenFromFile(path, 0);
+            return workspace->OpenRasterDataset(NameOfRaster(sFullPath)) != nullptr;
+        },
+        [](const runtime::Failure&) {});
+}
+
+bool DeleteRaster(const std::string& sPath, const std::string& sName) {
+    return Guarded({"DeleteRaster", kModule, kTopLevel}, [&] {
+        const raster::RasterDatasetPtr dataset = OpenRasterDataset(sPath, sName);
+        if (Deref(dataset).CanDelete()) {
+            dataset->Delete();
+            return true;
+        }
+        ui::Services().MsgBox("cannot delete raster", ui::vbOKOnly);
+        return false;
+    });
+}
+
+std::string MakePerminentGrid(const raster::RasterPtr& pRaster, const std::string& sPath,
+                              const std::string& sName) {
+    raster::RasterWorkspacePtr workspace = OpenOrMakeRasterWorkspace(sPath);
+    const raster::RasterDatasetPtr dataset = Deref(Deref(pRaster).Item(0)).RasterDataset();
+    if (!Deref(dataset).CanCopy()) return "";
+    dataset->Copy(sName, workspace);
+    return sPath + runtime::kPathSeparator + sName;
+}
+
+}  // namespace halvane

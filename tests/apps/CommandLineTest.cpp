@@ -1,0 +1,54 @@
+// The command line end to end on a small grid: what it saves, what it prints,
+// and its exit status.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "apps/CommandLine.h"
+#include "support/GridFiles.h"
+
+namespace halvane::apps {
+namespace {
+
+int Halvane(std::vector<std::string> args) {
+    args.insert(args.begin(), "halvane");
+    std::vector<char*> argv;
+    for (std::string& arg : args) argv.push_back(arg.data());
+    return Main(static_cast<int>(argv.size()), argv.data());
+}
+
+class CommandLineTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        testing::WriteGrid(dir_ / "depth.tif", grid_, {-10, -12, -11, testing::kNoData, -14, -13});
+    }
+    testing::TempDir dir_;
+    raster::Grid grid_{0, 20, 10, 10, 3, 2};
+};
+
+TEST_F(CommandLineTest, CalcSlopeAndInfo) {
+    const std::string work = dir_ / "work";
+    EXPECT_EQ(Halvane({"calc", "--workdir", work, "--name", "deeper", "--bind",
+                       "inRaster=" + (dir_ / "depth.tif"), "int([inRaster] * 2)"}),
+              0);
+    ::testing::internal::CaptureStdout();
+    EXPECT_EQ(Halvane({"info", "--json", work + "/deeper.tif"}), 0);
+    // -20 -24 -22 / NoData -28 -26: mean -24, population deviation sqrt(8).
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(),
+              "{\"columns\": 3, \"rows\": 2, \"cell_size\": [10, 10], \"extent\": [0, 0, 30, 20], "
+              "\"type\": \"integer\", \"projected\": true, \"nodata_cells\": 1, \"mean\": -24, "
+              "\"stddev\": 2.8284271247461903, \"table\": [[-28, 1], [-26, 1], [-24, 1], [-22, 1], "
+              "[-20, 1]]}\n");
+    EXPECT_EQ(Halvane({"slope", "--workdir", work, "--name", "slope", dir_ / "depth.tif"}), 0);
+    EXPECT_TRUE(std::filesystem::exists(work + "/slope.tif"));
+
+    // A reported failure (the name exists) and a usage error.
+    EXPECT_EQ(Halvane({"slope", "--workdir", work, "--name", "SLOPE", dir_ / "depth.tif"}), 1);
+    EXPECT_EQ(Halvane({"calc", "--workdir", work, "'[a]'"}), 2);
+    EXPECT_EQ(Halvane({"calc", "--bogus", "x"}), 2);
+    EXPECT_EQ(Halvane({"calc", "--help"}), 0);
+}
+
+}  // namespace
+}  // namespace halvane::apps
