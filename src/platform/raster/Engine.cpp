@@ -179,6 +179,25 @@ void* EvalContext::DatasetHandle(const std::string& path) {
     return handle;
 }
 
+namespace {
+
+// Beyond this many operators the blocks of a 512-cell tile no longer fit in cache.
+constexpr std::size_t kDeepGraph = 24;
+
+std::size_t CountNodes(const NodePtr& root) {
+    std::unordered_map<const Node*, bool> seen;
+    std::vector<const Node*> stack{root.get()};
+    while (!stack.empty()) {
+        const Node* node = stack.back();
+        stack.pop_back();
+        if (!seen.emplace(node, true).second) continue;
+        for (const NodePtr& child : node->children) stack.push_back(child.get());
+    }
+    return seen.size();
+}
+
+}  // namespace
+
 EvalSettings& Settings() {
     static EvalSettings settings;
     return settings;
@@ -186,7 +205,8 @@ EvalSettings& Settings() {
 
 void EvaluateTiles(const NodePtr& root,
                    const std::function<void(const Window&, const double*)>& sink) {
-    const std::int64_t size = std::max<std::int64_t>(1, Settings().tileSize);
+    const std::int64_t size =
+        Settings().tileSize > 0 ? Settings().tileSize : (CountNodes(root) > kDeepGraph ? 128 : 512);
     std::vector<Window> tiles;
     for (std::int64_t row = 0; row < root->grid.rows; row += size) {
         for (std::int64_t col = 0; col < root->grid.cols; col += size) {

@@ -107,7 +107,10 @@ private:
 
 // Evaluation settings; tests vary them, the product keeps the defaults.
 struct EvalSettings {
-    std::int64_t tileSize = 512;  // a multiple of the stored block size writes fastest
+    // Side of a square tile; 0 picks one by the graph: large tiles make the halos
+    // of focal operators cheap, small ones keep the blocks of deep graphs (the
+    // 34 fused rugosity expressions) in cache.
+    std::int64_t tileSize = 0;
     int threads = 0;              // 0: all cores
     // Told after every finished tile, one call at a time; for a progress bar.
     std::function<void(std::int64_t done, std::int64_t total)> onProgress;
