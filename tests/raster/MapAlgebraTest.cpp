@@ -197,6 +197,10 @@ TEST(AlignmentTest, PartlyOverlappingGridsMeetOnTheFirstLattice) {
         }
     }
     ExpectCells(testing::ReadAll(sum), expected);
+    // A ring mean at the edge of the intersection sees nothing beyond it.
+    op.BindRaster(sum, "sum");
+    ExpectCells(testing::ReadAll(op.Execute("Focalmean([sum], annulus, 0, 1.5)")),
+                RingMean(g, expected, 0, 1.5), 1e-9);
 
     // A copy moved one cell right and down shows each cell its upper-left neighbour.
     RasterPtr shifted = op.Execute("Shift([a], 10, -10)");

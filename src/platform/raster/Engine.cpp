@@ -8,6 +8,7 @@
 #include <cctype>
 #include <cmath>
 #include <exception>
+#include <limits>
 #include <map>
 #include <mutex>
 #include <unordered_map>
@@ -64,6 +65,28 @@ Grid CombineGrids(const Grid& first, const Grid& second) {
     }
     return out;
 }
+
+namespace {
+
+// Beyond its own grid a node has no cells, whatever its inputs hold there:
+// a ring mean next to the edge of an intersection must not see past it.
+void MaskOutside(const Grid& grid, const Window& window, double* cells) {
+    if (window.col0 >= 0 && window.row0 >= 0 && window.col0 + window.cols <= grid.cols &&
+        window.row0 + window.rows <= grid.rows) {
+        return;
+    }
+    for (std::int64_t i = 0; i < window.rows; ++i) {
+        const std::int64_t row = window.row0 + i;
+        for (std::int64_t j = 0; j < window.cols; ++j) {
+            const std::int64_t col = window.col0 + j;
+            if (row < 0 || row >= grid.rows || col < 0 || col >= grid.cols) {
+                cells[i * window.cols + j] = std::numeric_limits<double>::quiet_NaN();
+            }
+        }
+    }
+}
+
+}  // namespace
 
 struct WindowKey {
     const Node* node;
@@ -133,6 +156,7 @@ Block EvalContext::Get(const NodePtr& node, const Window& window) {
     }
     Block block = NewBlock(window.Cells());
     node->Compute(window, *this, block->data());
+    MaskOutside(node->grid, window, block->data());
     if (keep) state_->shared.emplace(WindowKey{node.get(), window}, block);
     return block;
 }
