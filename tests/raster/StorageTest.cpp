@@ -43,6 +43,14 @@ TEST(WorkspaceTest, FolderRulesAndNamesWithoutCase) {
     RasterDatasetPtr dataset = workspace->OpenRasterDataset("DEPTH");
     EXPECT_EQ(dataset->Name(), "Depth");
     EXPECT_THROW(workspace->OpenRasterDataset("notes"), runtime::Failure);
+    // Any format GDAL reads is a grid too, here an ASCII grid without a reference system.
+    std::ofstream(dir / "Shoal.asc") << "ncols 2\nnrows 2\nxllcorner 100\nyllcorner 200\n"
+                                        "cellsize 5\nNODATA_value -9999\n-1 -2\n-9999 -4\n";
+    RasterPtr shoal = workspace->OpenRasterDataset("shoal")->CreateDefaultRaster();
+    EXPECT_EQ(shoal->Extent().XMax, 110);
+    EXPECT_EQ(shoal->Item(0)->Statistics().validCells, 3);
+    EXPECT_FALSE(shoal->IsProjected());
+    EXPECT_TRUE(dataset->CreateDefaultRaster()->IsProjected());
     EXPECT_THROW(workspace->OpenRasterDataset("Dept"), runtime::Failure);
 }
 
