@@ -86,28 +86,23 @@ private:
         return lhs;
     }
 
-    ExprPtr ParseAdditive() {
-        ExprPtr lhs = ParseTerm();
+    // Left-associative operators of one precedence over operands parsed by next.
+    ExprPtr ParseChain(std::string_view operators, ExprPtr (Parser::*next)()) {
+        ExprPtr lhs = (this->*next)();
         for (;;) {
             SkipBlanks();
             const std::size_t at = pos_;
-            if (pos_ >= text_.size() || (text_[pos_] != '+' && text_[pos_] != '-')) return lhs;
+            if (pos_ >= text_.size() || operators.find(text_[pos_]) == std::string_view::npos) {
+                return lhs;
+            }
             const char op = text_[pos_++];
-            lhs = Operator(ExprKind::kBinary, at, std::string(1, op), std::move(lhs), ParseTerm());
+            lhs = Operator(ExprKind::kBinary, at, std::string(1, op), std::move(lhs),
+                           (this->*next)());
         }
     }
 
-    ExprPtr ParseTerm() {
-        ExprPtr lhs = ParsePrimary();
-        for (;;) {
-            SkipBlanks();
-            const std::size_t at = pos_;
-            if (pos_ >= text_.size() || (text_[pos_] != '*' && text_[pos_] != '/')) return lhs;
-            const char op = text_[pos_++];
-            lhs =
-                Operator(ExprKind::kBinary, at, std::string(1, op), std::move(lhs), ParsePrimary());
-        }
-    }
+    ExprPtr ParseAdditive() { return ParseChain("+-", &Parser::ParseTerm); }
+    ExprPtr ParseTerm() { return ParseChain("*/", &Parser::ParsePrimary); }
 
     ExprPtr ParsePrimary() {
         SkipBlanks();
