@@ -49,7 +49,7 @@ frmIntroPage::frmIntroPage(PageSlot& slot) : Page(slot, kModule) {
     text->addStretch(1);
     cmdAboutHalvane = NewButton(
         "cmdAboutHalvane", QStringLiteral("More about the Halvane Classification Wizard..."), text);
-    setMinimumWidth(560);
+    resize(660, 330);
 
     NewButtonRow();
     // Present on the page as designed, but never usable: nothing comes before.

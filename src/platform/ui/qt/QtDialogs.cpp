@@ -92,7 +92,7 @@ ErrorWindow::ErrorWindow() {
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(report);
     layout->addWidget(buttons);
-    resize(560, 300);
+    resize(620, 320);
 }
 
 void ErrorWindow::SetText(const std::string& text) { report->setPlainText(Lines(text)); }
