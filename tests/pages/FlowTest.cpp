@@ -258,17 +258,6 @@ TEST_F(FlowTest, StagePagesWithoutTheirInputShowTheirRequiredDataDialog) {
     EXPECT_TRUE(ui.Messages().empty());
 }
 
-TEST_F(FlowTest, RequiredDataDialogsHandOverToTheirStage) {
-    g_b_StandAloneRun = true;
-    frmZoneStep2.Show();
-    ASSERT_EQ(ShownPages(), Only("frmZoneStep2_reqdata"));
-    EXPECT_EQ(frmZoneStep2_reqdata.Get().windowTitle().toStdString(), "Fine Scale - Required Data");
-    SessionWithAllInputs();  // what the dialog's checks will have collected
-    Click(frmZoneStep2_reqdata, "cmdOK");
-    EXPECT_EQ(ShownPages(), Only("frmZoneStep2"));
-    EXPECT_EQ(g_frm_PreviousPage, &frmZoneStep2_reqdata);
-}
-
 TEST_F(FlowTest, StandAloneStagePagesDoOneStageAndTheOthersKeepTheirButtons) {
     SessionWithAllInputs();
     for (bool standAlone : {false, true}) {
@@ -293,16 +282,6 @@ TEST_F(FlowTest, StandAloneStagePagesDoOneStageAndTheOthersKeepTheirButtons) {
         frmRugosity.Unload();
         FlushUnloads();
     }
-}
-
-TEST_F(FlowTest, ClosingAPageFrameUnloadsItWithoutEndingTheRun) {
-    StartWizard();
-    g_s_WorkingDir = "/data/work";
-    frmIntro.Get().close();
-    FlushUnloads();
-    EXPECT_FALSE(frmIntro.Loaded());
-    EXPECT_TRUE(ui.Messages().empty());
-    EXPECT_EQ(g_s_WorkingDir, "/data/work");
 }
 
 }  // namespace

@@ -37,10 +37,8 @@ TEST_F(IntroTest, ShowsItsTextsAndButtons) {
     EXPECT_FALSE(frmIntro->cmdBack->isEnabled());
     EXPECT_FALSE(frmIntro->isModal());
     EXPECT_EQ(frmIntro->parentWidget(), nullptr);
-}
 
-TEST_F(IntroTest, ThePictureIsAPictureNotAnEmptyFrame) {
-    StartWizard();
+    // The picture is a picture, not an empty frame.
     const QPixmap picture = frmIntro->Picture1->pixmap(Qt::ReturnByValue);
     ASSERT_FALSE(picture.isNull());
     const QImage image = picture.toImage();
