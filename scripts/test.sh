@@ -13,9 +13,11 @@ if [ "${1:-}" = "--sanitize" ]; then
 fi
 
 scripts/install-deps.sh
-cmake -S . -B "$build" -G Ninja "${flags[@]}" >/dev/null
-cmake --build "$build"
+# Set before the build too: listing the tests of a binary runs it.
 export QT_QPA_PLATFORM=offscreen
 export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1
+export LSAN_OPTIONS="suppressions=$PWD/scripts/lsan.supp:print_suppressions=0"
 export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
+cmake -S . -B "$build" -G Ninja "${flags[@]}" >/dev/null
+cmake --build "$build"
 ctest --test-dir "$build" --output-on-failure -j "$(nproc)"

@@ -1,0 +1,192 @@
+#include "pages/Page.h"
+
+#include <QCloseEvent>
+#include <QCoreApplication>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QVBoxLayout>
+
+#include "engine/Session.h"
+#include "host/HTMLHelp.h"
+
+namespace halvane::pages {
+namespace {
+
+std::vector<PageSlot*>& Registry() {
+    static std::vector<PageSlot*> registry;
+    return registry;
+}
+
+}  // namespace
+
+const std::vector<PageSlot*>& AllPageSlots() { return Registry(); }
+
+PageSlot::PageSlot(const char* name, Maker make) : name_(name), make_(make) {
+    Registry().push_back(this);
+}
+
+PageSlot::~PageSlot() {
+    // A page still loaded when the program ends goes with the application,
+    // never after it.
+    if (page_ && QCoreApplication::instance()) delete page_;
+}
+
+Page& PageSlot::Get() {
+    if (!page_) page_ = make_(*this);
+    return *page_;
+}
+
+bool PageSlot::Shown() const { return page_ && page_->isVisible(); }
+
+void PageSlot::Show() { Get().Show(); }
+
+void PageSlot::Hide() { Get().Hide(); }
+
+void PageSlot::Unload() {
+    if (!page_) return;
+    Page* page = page_;
+    page_ = nullptr;
+    page->unloaded_ = true;
+    page->RunFormUnload();
+    page->hide();
+    page->deleteLater();
+}
+
+Page::Page(PageSlot& slot, const char* module)
+    : QWidget(nullptr, Qt::Dialog), module_(module), slot_(slot) {
+    setObjectName(QString::fromLatin1(slot.Name()));
+    setWindowTitle(QStringLiteral("Halvane"));
+    auto* outer = new QVBoxLayout(this);
+    body_ = new QVBoxLayout;
+    buttonRow_ = new QHBoxLayout;
+    buttonRow_->addStretch(1);
+    outer->addLayout(body_);
+    outer->addStretch(1);
+    outer->addLayout(buttonRow_);
+}
+
+Page::~Page() {
+    if (slot_.page_ == this) slot_.page_ = nullptr;
+}
+
+void Page::Show() {
+    if (!formLoaded_) {
+        formLoaded_ = true;
+        Form_Load();
+        // A guard in Form_Load may have handed over and unloaded the page.
+        if (unloaded_) return;
+    }
+    show();
+    raise();
+    activateWindow();
+}
+
+void Page::Hide() { hide(); }
+
+void Page::Unload() {
+    // Only this page: its slot may already hold a newer one.
+    if (slot_.page_ == this) slot_.Unload();
+}
+
+QLabel* Page::NewLabel(const char* name, const QString& text, QBoxLayout* into) {
+    auto* label = new QLabel(text, this);
+    label->setObjectName(QString::fromLatin1(name));
+    label->setWordWrap(true);
+    (into ? into : body_)->addWidget(label);
+    return label;
+}
+
+QPushButton* Page::NewButton(const char* name, const QString& caption, QBoxLayout* into) {
+    auto* button = new QPushButton(caption, this);
+    button->setObjectName(QString::fromLatin1(name));
+    button->setAutoDefault(false);
+    (into ? into : body_)->addWidget(button);
+    return button;
+}
+
+void Page::NewButtonRow() {
+    cmdBack = NewButton("cmdBack", QStringLiteral("<- Back"), buttonRow_);
+    cmdNext = NewButton("cmdNext", QStringLiteral("Next ->"), buttonRow_);
+    cmdCancel = NewButton("cmdCancel", QStringLiteral("Cancel"), buttonRow_);
+}
+
+void Page::Event(const char* procedure, bool topLevel, const std::function<void()>& body) {
+    // The boundary between the page and the host's runtime, not a procedure
+    // of the system: whatever a handler raises ends here.
+    try {
+        Guarded({procedure, module_, topLevel}, body);
+    } catch (...) {
+        RaiseToHost(runtime::CurrentFailure());
+    }
+}
+
+void Page::OnClick(QAbstractButton* button, const char* procedure, bool topLevel,
+                   std::function<void()> body) {
+    connect(
+        button, &QAbstractButton::clicked, this,
+        [this, procedure, topLevel, body = std::move(body)] { Event(procedure, topLevel, body); });
+}
+
+void Page::OnChange(QLineEdit* box, const char* procedure, bool topLevel,
+                    std::function<void()> body) {
+    connect(
+        box, &QLineEdit::textChanged, this,
+        [this, procedure, topLevel, body = std::move(body)] { Event(procedure, topLevel, body); });
+}
+
+void Page::OnOptionClick(QRadioButton* option, const char* procedure, bool topLevel,
+                         std::function<void()> body) {
+    connect(option, &QRadioButton::toggled, this,
+            [this, procedure, topLevel, body = std::move(body)](bool selected) {
+                if (selected) Event(procedure, topLevel, body);
+            });
+}
+
+void Page::HandOver(PageSlot& next) {
+    g_frm_PreviousPage = &slot_;
+    Hide();
+    next.Show();
+}
+
+void Page::GoBack() {
+    Hide();
+    runtime::Deref(m_frmPrevious).Show();
+}
+
+void Page::ShowHelp(const char* topic) {
+    HtmlHelpA(0, HelpFilePath(), ui::HH_DISPLAY_TOPIC, topic);
+}
+
+void Page::ApplyRunMode() {
+    if (!g_b_StandAloneRun) return;
+    cmdNext->setVisible(false);
+    cmdBack->setVisible(false);
+    cmdCancel->setText(QStringLiteral("Close"));
+}
+
+bool Page::HasInputElse(bool present, PageSlot& requiredData) {
+    if (present) return true;
+    requiredData.Show();
+    Unload();
+    return false;
+}
+
+void Page::closeEvent(QCloseEvent* event) {
+    // Closing the frame unloads the page, as a form's close box does; it is
+    // not a Cancel, so ExitProj does not run and the session stays.
+    event->accept();
+    Unload();
+}
+
+void Page::RunFormUnload() { Form_Unload(); }
+
+void RaiseToHost(const runtime::Failure& failure) {
+    ui::Services().MsgBox(
+        "Run-time error '" + std::to_string(failure.number) + "':\r\n\r\n" + failure.description,
+        ui::vbOKOnly + ui::vbCritical, "Halvane");
+}
+
+}  // namespace halvane::pages

@@ -1,0 +1,156 @@
+#pragma once
+// The page framework. A page is a modeless top-level dialog with no owner;
+// each exists once, behind a permanent slot named like the page, which makes
+// it on first use and forgets it at Unload, so the next use makes a fresh one.
+// Form_Load runs at the first Show after the page was made.
+//
+// Pages talk to the user only through ui::Services(), so they run headless
+// with the scripted double.
+
+#include <QWidget>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "host/ErrorHandling.h"
+#include "platform/map/Fwd.h"
+#include "platform/runtime/Failure.h"
+
+class QAbstractButton;
+class QBoxLayout;
+class QHBoxLayout;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QRadioButton;
+class QVBoxLayout;
+
+namespace halvane::pages {
+
+class Page;
+
+class PageSlot {
+public:
+    using Maker = Page* (*)(PageSlot&);
+    PageSlot(const char* name, Maker make);
+    ~PageSlot();
+    PageSlot(const PageSlot&) = delete;
+    PageSlot& operator=(const PageSlot&) = delete;
+
+    // The page, made if it is not loaded.
+    Page& Get();
+    bool Loaded() const { return page_ != nullptr; }
+    // Shown: loaded and visible.
+    bool Shown() const;
+    const char* Name() const { return name_; }
+
+    void Show();
+    void Hide();
+    // Returns the page to not loaded; nothing happens if it is not. The widget
+    // goes at the next turn of the event loop, since the page may be inside
+    // one of its own handlers.
+    void Unload();
+
+private:
+    friend class Page;
+    const char* name_;
+    Maker make_;
+    Page* page_ = nullptr;
+};
+
+// Every page slot, in no particular order.
+const std::vector<PageSlot*>& AllPageSlots();
+
+// The slot of a page class `T`, whose members it reaches through ->.
+template <class T>
+class Slot : public PageSlot {
+public:
+    explicit Slot(const char* name)
+        : PageSlot(name, [](PageSlot& slot) -> Page* { return new T(slot); }) {}
+    T& operator*() { return static_cast<T&>(Get()); }
+    T* operator->() { return &**this; }
+};
+
+class Page : public QWidget {
+public:
+    ~Page() override;
+
+    void Show();
+    void Hide();
+    void Unload();
+    PageSlot& Self() const { return slot_; }
+
+    // The host's application; commands write it before a page is shown.
+    map::ApplicationPtr m_pApp;
+    // Resolved from m_pApp only when a page adds a layer to the map.
+    map::MxDocumentPtr m_pDoc;
+    map::MapPtr m_pMap;
+    // The Back link, copied from g_frm_PreviousPage by Form_Load.
+    PageSlot* m_frmPrevious = nullptr;
+
+protected:
+    Page(PageSlot& slot, const char* module);
+
+    // Runs at the first Show after the page was made, before it appears.
+    virtual void Form_Load() {}
+    // Runs when the page is unloaded, by Unload or by closing its frame.
+    virtual void Form_Unload() {}
+
+    // --- building the page: controls carry their described names.
+    QBoxLayout* Body() const { return body_; }
+    QBoxLayout* ButtonRow() const { return buttonRow_; }
+    QLabel* NewLabel(const char* name, const QString& text, QBoxLayout* into = nullptr);
+    QPushButton* NewButton(const char* name, const QString& caption, QBoxLayout* into = nullptr);
+    // The standard button row: cmdBack, cmdNext, cmdCancel.
+    void NewButtonRow();
+    QPushButton* cmdBack = nullptr;
+    QPushButton* cmdNext = nullptr;
+    QPushButton* cmdCancel = nullptr;
+
+    // --- events. Each handler is a protected procedure of this page's module;
+    // a failure that a pass-on handler raises out of its event reaches the
+    // host's runtime, which shows its own message (see RaiseToHost).
+    void OnClick(QAbstractButton* button, const char* procedure, bool topLevel,
+                 std::function<void()> body);
+    // Fires on every change of the text, typed or set in code.
+    void OnChange(QLineEdit* box, const char* procedure, bool topLevel, std::function<void()> body);
+    // Fires when the option becomes selected, clicked or set in code.
+    void OnOptionClick(QRadioButton* option, const char* procedure, bool topLevel,
+                       std::function<void()> body);
+    // Runs `body` as the event `procedure` of this page.
+    void Event(const char* procedure, bool topLevel, const std::function<void()>& body);
+
+    // --- the flow
+    // Forward: this page hands over, hides, and the next page shows.
+    void HandOver(PageSlot& next);
+    // Back: hide, show the Back link.
+    void GoBack();
+    // A help button: the topic of the help file, with no owner window.
+    void ShowHelp(const char* topic);
+    // In a stand-alone run a stage page does its one stage and ends: no Next,
+    // no Back, and Cancel reads "Close".
+    void ApplyRunMode();
+    // The guard of a stage page's Form_Load: without its input the page shows
+    // the required-data dialog and unloads itself; false then ends the load.
+    bool HasInputElse(bool present, PageSlot& requiredData);
+
+    const char* module_;
+
+private:
+    friend class PageSlot;
+    void closeEvent(QCloseEvent* event) override;
+    void RunFormUnload();
+
+    PageSlot& slot_;
+    QBoxLayout* body_;
+    QBoxLayout* buttonRow_;
+    bool formLoaded_ = false;
+    bool unloaded_ = false;
+};
+
+// What the host's user-interface runtime does with a failure that an event
+// handler raised instead of reporting: it shows its own message, the run-time
+// error number and the collected description.
+void RaiseToHost(const runtime::Failure& failure);
+
+}  // namespace halvane::pages
