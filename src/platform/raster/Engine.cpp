@@ -28,7 +28,8 @@ bool EqualsNoCase(std::string_view a, std::string_view b) {
 
 namespace {
 
-constexpr double kSnap = 1e-6;  // of a cell: coordinates closer than this coincide
+constexpr double kSnap = 1e-6;      // of a cell: coordinates closer than this coincide
+constexpr std::int64_t kRun = 256;  // cells per run of a fused program: they stay in L1 cache
 
 bool SameSize(double a, double b) { return std::abs(a - b) <= 1e-9 * std::max(a, b); }
 
@@ -39,6 +40,13 @@ bool WholeCells(double from, double to, double cell, std::int64_t& cells) {
     if (std::abs(exact - rounded) > kSnap) return false;
     cells = static_cast<std::int64_t>(rounded);
     return true;
+}
+
+// The offset in cells from grid `from` to congruent grid `to`, if they are.
+bool Congruent(const Grid& from, const Grid& to, std::int64_t& dc, std::int64_t& dr) {
+    return SameSize(to.cellX, from.cellX) && SameSize(to.cellY, from.cellY) &&
+           WholeCells(to.left, from.left, to.cellX, dc) &&
+           WholeCells(from.top, to.top, to.cellY, dr);
 }
 
 }  // namespace
@@ -104,8 +112,53 @@ struct WindowKeyHash {
     }
 };
 
+// A fused chain of cell-wise operators: steps over runs of cells. Operands are
+// inputs that come as whole blocks (stored grids, focal operators, results read
+// by several parents), constants, or the registers of earlier steps.
+struct FusedProgram {
+    enum Kind { kInput, kConstant, kRegister };
+    struct Operand {
+        Kind kind;
+        std::size_t index;
+    };
+    struct Input {
+        NodePtr node;
+        const Grid* asker;    // grid of the operator that reads it
+        std::int64_t dc, dr;  // that grid's window, relative to the root's
+    };
+    struct Step {
+        const CellwiseNode* node;
+        std::vector<Operand> in;
+    };
+    std::vector<Input> inputs;
+    std::vector<double> constants;
+    std::vector<Step> steps;  // step i writes register i; the last is the root
+
+    void Emit(const CellwiseNode& node, std::int64_t dc, std::int64_t dr,
+              const std::unordered_map<const Node*, int>& parents) {
+        Step step{&node, {}};
+        for (const NodePtr& child : node.children) {
+            std::int64_t cdc = 0, cdr = 0;
+            const auto* cellwise = dynamic_cast<const CellwiseNode*>(child.get());
+            if (child->IsScalar()) {
+                constants.push_back(child->value);
+                step.in.push_back({kConstant, constants.size() - 1});
+            } else if (cellwise && parents.at(cellwise) <= 1 &&
+                       Congruent(node.grid, child->grid, cdc, cdr)) {
+                Emit(*cellwise, dc + cdc, dr + cdr, parents);
+                step.in.push_back({kRegister, steps.size() - 1});
+            } else {
+                inputs.push_back({child, &node.grid, dc, dr});
+                step.in.push_back({kInput, inputs.size() - 1});
+            }
+        }
+        steps.push_back(std::move(step));
+    }
+};
+
 struct EvalContext::State {
     std::unordered_map<const Node*, int> parents;
+    std::unordered_map<const Node*, FusedProgram> programs;
     std::unordered_map<WindowKey, Block, WindowKeyHash> shared;
     std::vector<std::unique_ptr<std::vector<double>>> pool;
     std::map<std::string, GDALDatasetH> handles;
@@ -165,8 +218,7 @@ Block EvalContext::Fetch(const NodePtr& child, const Grid& asker, const Window& 
     const Grid& g = child->grid;
     std::int64_t dc = 0;
     std::int64_t dr = 0;
-    if (SameSize(g.cellX, asker.cellX) && SameSize(g.cellY, asker.cellY) &&
-        WholeCells(g.left, asker.left, g.cellX, dc) && WholeCells(asker.top, g.top, g.cellY, dr)) {
+    if (Congruent(asker, g, dc, dr)) {
         return Get(child, {window.col0 + dc, window.row0 + dr, window.cols, window.rows});
     }
     // Different lattices: each asking cell takes the child cell under its centre.
@@ -221,6 +273,54 @@ std::size_t CountNodes(const NodePtr& root) {
 }
 
 }  // namespace
+
+void CellwiseNode::Compute(const Window& window, EvalContext& context, double* out) const {
+    context.ComputeFused(*this, window, out);
+}
+
+void EvalContext::ComputeFused(const CellwiseNode& root, const Window& window, double* out) {
+    auto [found, fresh] = state_->programs.try_emplace(&root);
+    FusedProgram& program = found->second;
+    if (fresh) program.Emit(root, 0, 0, state_->parents);
+
+    std::vector<Block> inputs;
+    for (const FusedProgram::Input& input : program.inputs) {
+        inputs.push_back(
+            Fetch(input.node, *input.asker,
+                  {window.col0 + input.dc, window.row0 + input.dr, window.cols, window.rows}));
+    }
+    const std::size_t constants = program.constants.size();
+    Block runs = NewBlock(static_cast<std::int64_t>(constants + program.steps.size()) * kRun);
+    for (std::size_t k = 0; k < constants; ++k) {
+        std::fill_n(runs->data() + k * kRun, kRun, program.constants[k]);
+    }
+    double* registers = runs->data() + constants * kRun;
+    std::vector<const double*> in;
+    const std::int64_t cells = window.Cells();
+    for (std::int64_t start = 0; start < cells; start += kRun) {
+        const std::int64_t n = std::min(kRun, cells - start);
+        for (std::size_t i = 0; i < program.steps.size(); ++i) {
+            const FusedProgram::Step& step = program.steps[i];
+            in.clear();
+            for (const FusedProgram::Operand& operand : step.in) {
+                switch (operand.kind) {
+                    case FusedProgram::kInput:
+                        in.push_back(inputs[operand.index]->data() + start);
+                        break;
+                    case FusedProgram::kConstant:
+                        in.push_back(runs->data() + operand.index * kRun);
+                        break;
+                    case FusedProgram::kRegister:
+                        in.push_back(registers + operand.index * kRun);
+                        break;
+                }
+            }
+            // The root writes straight into the output.
+            const bool last = i + 1 == program.steps.size();
+            step.node->ApplyRun(in.data(), last ? out + start : registers + i * kRun, n);
+        }
+    }
+}
 
 EvalSettings& Settings() {
     static EvalSettings settings;

@@ -76,6 +76,17 @@ public:
 };
 using NodePtr = std::shared_ptr<const Node>;
 
+// An operator that works cell by cell on inputs over its own grid. Chains of
+// them are fused: evaluated a short run of cells at a time through every
+// operator, so the intermediate values stay in the processor's cache.
+class CellwiseNode : public Node {
+public:
+    // out[i] from in[k][i], k over the children, for n cells.
+    virtual void ApplyRun(const double* const* in, double* out, std::int64_t n) const = 0;
+
+    void Compute(const Window& window, EvalContext& context, double* out) const final;
+};
+
 // A block of cells handed between nodes; shared when a node feeds several.
 using Block = std::shared_ptr<std::vector<double>>;
 
@@ -100,6 +111,10 @@ public:
     // Opaque per-thread handle cache for dataset reads.
     void* DatasetHandle(const std::string& path);
 
+    // Evaluates node fused with the cell-wise operators below it that feed
+    // only it and share its lattice.
+    void ComputeFused(const CellwiseNode& node, const Window& window, double* out);
+
 private:
     struct State;
     std::unique_ptr<State> state_;
@@ -111,7 +126,7 @@ struct EvalSettings {
     // of focal operators cheap, small ones keep the blocks of deep graphs (the
     // 34 fused rugosity expressions) in cache.
     std::int64_t tileSize = 0;
-    int threads = 0;              // 0: all cores
+    int threads = 0;  // 0: all cores
     // Told after every finished tile, one call at a time; for a progress bar.
     std::function<void(std::int64_t done, std::int64_t total)> onProgress;
 };

@@ -13,33 +13,21 @@ namespace {
 
 constexpr double kNoData = std::numeric_limits<double>::quiet_NaN();
 
-// A cell-wise operator over N inputs; scalars are spread over the block.
+// A cell-wise operator over N inputs.
 template <std::size_t N, class F>
-class CellwiseNode final : public Node {
+class FunctionNode final : public CellwiseNode {
 public:
-    explicit CellwiseNode(F f) : f_(std::move(f)) {}
+    explicit FunctionNode(F f) : f_(std::move(f)) {}
 
-    void Compute(const Window& window, EvalContext& context, double* out) const override {
-        std::array<Block, N> blocks;
-        std::array<const double*, N> in{};
-        for (std::size_t k = 0; k < N; ++k) {
-            if (children[k]->IsScalar()) {
-                blocks[k] = context.NewBlock(window.Cells());
-                std::fill(blocks[k]->begin(), blocks[k]->end(), children[k]->value);
-            } else {
-                blocks[k] = context.Fetch(children[k], grid, window);
-            }
-            in[k] = blocks[k]->data();
-        }
-        const std::int64_t cells = window.Cells();
-        Apply(cells, in, out, std::make_index_sequence<N>());
+    void ApplyRun(const double* const* in, double* out, std::int64_t n) const override {
+        Apply(in, out, n, std::make_index_sequence<N>());
     }
 
 private:
     template <std::size_t... K>
-    void Apply(std::int64_t cells, const std::array<const double*, N>& in, double* out,
+    void Apply(const double* const* in, double* out, std::int64_t n,
                std::index_sequence<K...>) const {
-        for (std::int64_t i = 0; i < cells; ++i) out[i] = f_(in[K][i]...);
+        for (std::int64_t i = 0; i < n; ++i) out[i] = f_(in[K][i]...);
     }
 
     F f_;
@@ -64,7 +52,7 @@ void Place(Node& node, const std::vector<NodePtr>& inputs) {
 
 template <std::size_t N, class F>
 NodePtr MakeCellwise(std::array<NodePtr, N> inputs, bool integer, F f) {
-    auto node = std::make_shared<CellwiseNode<N, F>>(f);
+    auto node = std::make_shared<FunctionNode<N, F>>(f);
     Place(*node, std::vector<NodePtr>(inputs.begin(), inputs.end()));
     node->integer = integer;
     if (node->scalar) {
@@ -370,18 +358,12 @@ NodePtr MakeCon(NodePtr condition, NodePtr whenTrue, NodePtr whenFalse) {
         [](double c, double a, double b) { return std::isnan(c) ? kNoData : (c != 0.0 ? a : b); });
 }
 
-class SumNode final : public Node {
+class SumNode final : public CellwiseNode {
 public:
-    void Compute(const Window& window, EvalContext& context, double* out) const override {
-        std::fill(out, out + window.Cells(), 0.0);
-        for (const NodePtr& child : children) {
-            if (child->IsScalar()) {
-                for (std::int64_t i = 0; i < window.Cells(); ++i) out[i] += child->value;
-                continue;
-            }
-            Block block = context.Fetch(child, grid, window);
-            const double* in = block->data();
-            for (std::int64_t i = 0; i < window.Cells(); ++i) out[i] += in[i];
+    void ApplyRun(const double* const* in, double* out, std::int64_t n) const override {
+        std::fill_n(out, n, 0.0);
+        for (std::size_t k = 0; k < children.size(); ++k) {
+            for (std::int64_t i = 0; i < n; ++i) out[i] += in[k][i];
         }
     }
 };

@@ -430,15 +430,10 @@ RasterDatasetPtr RasterDataset::Copy(const std::string& name, const RasterWorksp
     // writes as fast as no compression at all; byte differencing shrinks floating
     // grids by a sixth for free but makes the small integer grids bigger and slower.
     // DEFLATE, LZW and LERC were 40-90% slower for no gain in size.
-    const char* options[] = {"TILED=YES",
-                             "BLOCKXSIZE=256",
-                             "BLOCKYSIZE=256",
-                             "COMPRESS=ZSTD",
-                             "ZSTD_LEVEL=1",
-                             integer ? "PREDICTOR=1" : "PREDICTOR=2",
-                             "BIGTIFF=IF_SAFER",
-                             "NUM_THREADS=ALL_CPUS",
-                             nullptr};
+    const char* options[] = {
+        "TILED=YES",        "BLOCKXSIZE=256",       "BLOCKYSIZE=256",
+        "COMPRESS=ZSTD",    "ZSTD_LEVEL=1",         integer ? "PREDICTOR=1" : "PREDICTOR=2",
+        "BIGTIFF=IF_SAFER", "NUM_THREADS=ALL_CPUS", nullptr};
     GDALDriverH driver = GDALGetDriverByName("GTiff");
     CPLErrorReset();
     GDALDatasetH out = GDALCreate(driver, partial.c_str(), static_cast<int>(grid.cols),
