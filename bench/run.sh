@@ -154,7 +154,7 @@ row() { # LABEL OURS PEER RATIO TARGET MB
     if [[ $4 != n/a && $5 != - ]]; then
         verdict=$(awk -v r="$4" -v t="$5" 'BEGIN { print (r <= t) ? "ok" : "MISS" }')
     fi
-    results+=("$(printf '%-44s %9s %9s %7s %7s %8s  %s' "$1" "$2" "$3" "$4" "$5" "$6" "$verdict")")
+    results+=("$(printf '%-46s %9s %9s %7s %7s %8s  %s' "$1" "$2" "$3" "$4" "$5" "$6" "$verdict")")
     echo "${results[-1]}" >&2
 }
 
@@ -376,14 +376,14 @@ if [ $big -eq 1 ] && [ $ours -eq 1 ]; then
     export -f big_ours
     note "memory: position index of a 20000 x 20000 grid"
     side big ours 1
-    results+=("$(printf '%-44s %9s %9s %7s %7s %8s  %s' "ours: ring 1..5 on 20000^2, peak MB" \
+    results+=("$(printf '%-46s %9s %9s %7s %7s %8s  %s' "ours: ring 1..5 on 20000^2, peak MB" \
         "$secs" "" "" "< 1024" "$peakMb" "$([[ $peakMb != n/a ]] && ((peakMb < 1024)) && echo ok || echo MISS)")")
 fi
 
 echo
 printf '%s x %s cells of %s m, %s run(s) each, median seconds; ratio = ours / peer\n' \
     "$size" "$size" "$cell" "$runs"
-printf '%-44s %9s %9s %7s %7s %8s\n' operation "ours s" "peer s" ratio target "ours MB"
+printf '%-46s %9s %9s %7s %7s %8s\n' operation "ours s" "peer s" ratio target "ours MB"
 printf '%s\n' "${results[@]}"
 echo "log: $log"
 exit $failed

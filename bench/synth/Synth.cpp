@@ -138,10 +138,11 @@ Relief::Relief(const Params& params) : params_(params) {
     scale_ = std::min(width_, height_);
     // Small grids get a gentler margin so the slope stays a slope and not a cliff.
     drop_ = std::clamp(0.06 * scale_, 150.0, 2500.0);
-    finestWavelength_ = 2.5 * params.cell;
+    // Roughness octaves from a quarter of the extent down to the last one a few cells
+    // can still draw.
     octaves_ = 1;
     for (double wavelength = scale_ / 8.0;
-         wavelength >= finestWavelength_ && octaves_ < kMaxOctaves; wavelength /= 2.0) {
+         wavelength >= 2.5 * params.cell && octaves_ < kMaxOctaves; wavelength /= 2.0) {
         ++octaves_;
     }
 
@@ -258,9 +259,9 @@ double Relief::Surface(double x, double y) const {
         z += shape * (b.share > 0.0 ? b.share * std::max(-8.0 - z, 0.0) : b.height);
     }
 
-    const double finest = scale_ / 4.0;
+    const double coarsest = scale_ / 4.0;
     z += drop_ * 0.035 * (0.5 + 0.8 * onSlope) *
-         Fbm(x / finest, y / finest, octaves_, kPersistence, Salted(seed, kRoughness));
+         Fbm(x / coarsest, y / coarsest, octaves_, kPersistence, Salted(seed, kRoughness));
 
     return std::min(z, -0.5);
 }

@@ -53,7 +53,6 @@ private:
     Params params_;
     double width_, height_, scale_, drop_;
     int octaves_;
-    double finestWavelength_;
     std::vector<Canyon> canyons_;
     std::vector<Bump> bumps_;
 };
