@@ -156,6 +156,28 @@ struct FusedProgram {
     }
 };
 
+namespace {
+
+// How many parents read each node below root: only blocks read twice are kept.
+std::unordered_map<const Node*, int> ParentCounts(const NodePtr& root) {
+    std::unordered_map<const Node*, int> parents;
+    std::unordered_map<const Node*, bool> seen;
+    std::vector<const Node*> stack{root.get()};
+    while (!stack.empty()) {
+        const Node* node = stack.back();
+        stack.pop_back();
+        if (seen[node]) continue;
+        seen[node] = true;
+        for (const NodePtr& child : node->children) {
+            ++parents[child.get()];
+            stack.push_back(child.get());
+        }
+    }
+    return parents;
+}
+
+}  // namespace
+
 struct EvalContext::State {
     std::unordered_map<const Node*, int> parents;
     std::unordered_map<const Node*, FusedProgram> programs;
@@ -165,19 +187,7 @@ struct EvalContext::State {
 };
 
 EvalContext::EvalContext(const NodePtr& root) : state_(std::make_unique<State>()) {
-    // Count parents once, so only blocks that are read twice are kept.
-    std::vector<const Node*> stack{root.get()};
-    std::unordered_map<const Node*, bool> seen;
-    while (!stack.empty()) {
-        const Node* node = stack.back();
-        stack.pop_back();
-        if (seen[node]) continue;
-        seen[node] = true;
-        for (const NodePtr& child : node->children) {
-            ++state_->parents[child.get()];
-            stack.push_back(child.get());
-        }
-    }
+    state_->parents = ParentCounts(root);
 }
 
 EvalContext::~EvalContext() {
@@ -260,18 +270,6 @@ namespace {
 // Beyond this many operators the blocks of a 512-cell tile no longer fit in cache.
 constexpr std::size_t kDeepGraph = 24;
 
-std::size_t CountNodes(const NodePtr& root) {
-    std::unordered_map<const Node*, bool> seen;
-    std::vector<const Node*> stack{root.get()};
-    while (!stack.empty()) {
-        const Node* node = stack.back();
-        stack.pop_back();
-        if (!seen.emplace(node, true).second) continue;
-        for (const NodePtr& child : node->children) stack.push_back(child.get());
-    }
-    return seen.size();
-}
-
 }  // namespace
 
 void CellwiseNode::Compute(const Window& window, EvalContext& context, double* out) const {
@@ -329,8 +327,9 @@ EvalSettings& Settings() {
 
 void EvaluateTiles(const NodePtr& root,
                    const std::function<void(const Window&, const double*)>& sink) {
-    const std::int64_t size =
-        Settings().tileSize > 0 ? Settings().tileSize : (CountNodes(root) > kDeepGraph ? 128 : 512);
+    const std::int64_t size = Settings().tileSize > 0
+                                  ? Settings().tileSize
+                                  : (ParentCounts(root).size() + 1 > kDeepGraph ? 128 : 512);
     std::vector<Window> tiles;
     for (std::int64_t row = 0; row < root->grid.rows; row += size) {
         for (std::int64_t col = 0; col < root->grid.cols; col += size) {
