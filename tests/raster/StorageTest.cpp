@@ -136,6 +136,11 @@ TEST(StatisticsTest, ExactMeanDeviationAndTableKeptWithTheGrid) {
     for (std::size_t i = 0; i < distinct.size(); ++i) distinct[i] = static_cast<double>(i);
     testing::WriteGrid(dir / "wide.tif", wide, distinct, true);
     EXPECT_FALSE(workspace->OpenRasterDataset("wide")->HasTable());
+    op.BindRaster(workspace->OpenRasterDataset("wide")->CreateDefaultRaster(), "wide");
+    op.Execute("[wide] + 1")->Item(0)->RasterDataset()->Copy("wider", workspace);
+    RasterDatasetPtr wider = workspace->OpenRasterDataset("wider");
+    EXPECT_FALSE(wider->HasTable());
+    EXPECT_EQ(wider->Statistics().validCells, 90000);
     EXPECT_FALSE(op.Execute("[z] / 2")->Item(0)->HasTable());
 }
 

@@ -245,7 +245,7 @@ void WriteSummary(GDALDatasetH dataset, const GridSummary& summary, std::int64_t
 }
 
 // What this engine stored with a grid it wrote, if it did.
-std::optional<GridSummary> ReadSummary(const std::string& path, bool integer) {
+std::optional<GridSummary> ReadSummary(const std::string& path) {
     GDALDatasetH dataset =
         GDALOpenEx(path.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY, nullptr, nullptr, nullptr);
     if (!dataset) return std::nullopt;
@@ -270,11 +270,7 @@ std::optional<GridSummary> ReadSummary(const std::string& path, bool integer) {
                                  static_cast<std::int64_t>(GDALRATGetValueAsDouble(rat, row, 1))});
             }
             s.table = std::move(table);
-        } else if (integer) {
-            summary.reset();
-            GDALClose(dataset);
-            return summary;  // an integer grid of ours without table has too many values
-        }
+        }  // an integer grid of ours without one has too many values for a table
         summary = std::move(s);
     }
     GDALClose(dataset);
@@ -531,7 +527,7 @@ void RasterDataset::Delete() {
 
 const GridSummary& RasterDataset::Summary() {
     std::lock_guard lock(summaryLock_);
-    if (!summary_ && !IsTemporary()) summary_ = ReadSummary(path_, node_->integer);
+    if (!summary_ && !IsTemporary()) summary_ = ReadSummary(path_);
     if (!summary_) summary_ = Summarize(node_, IsTemporary());
     return *summary_;
 }
