@@ -88,6 +88,11 @@ public:
     // The Back link, copied from g_frm_PreviousPage by Form_Load.
     PageSlot* m_frmPrevious = nullptr;
 
+    // The standard button row; a page without one of them leaves it null.
+    QPushButton* cmdBack = nullptr;
+    QPushButton* cmdNext = nullptr;
+    QPushButton* cmdCancel = nullptr;
+
 protected:
     Page(PageSlot& slot, const char* module);
 
@@ -103,9 +108,6 @@ protected:
     QPushButton* NewButton(const char* name, const QString& caption, QBoxLayout* into = nullptr);
     // The standard button row: cmdBack, cmdNext, cmdCancel.
     void NewButtonRow();
-    QPushButton* cmdBack = nullptr;
-    QPushButton* cmdNext = nullptr;
-    QPushButton* cmdCancel = nullptr;
 
     // --- events. Each handler is a protected procedure of this page's module;
     // a failure that a pass-on handler raises out of its event reaches the

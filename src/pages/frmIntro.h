@@ -14,9 +14,6 @@ public:
     QLabel* Label2;
     QLabel* Picture1;
     QPushButton* cmdAboutHalvane;
-    using Page::cmdBack;
-    using Page::cmdCancel;
-    using Page::cmdNext;
 
 private:
     void cmdNext_Click();

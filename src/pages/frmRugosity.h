@@ -12,9 +12,6 @@ public:
     explicit frmRugosityPage(PageSlot& slot);
 
     QPushButton* cmdAboutBathymPositionIndexGrids;
-    using Page::cmdBack;
-    using Page::cmdCancel;
-    using Page::cmdNext;
 
 protected:
     void Form_Load() override;
@@ -25,8 +22,6 @@ public:
     explicit frmRugosity_compPage(PageSlot& slot);
 
     QPushButton* cmdAboutBathymPositionIndexGrids;
-    using Page::cmdBack;
-    using Page::cmdNext;
 
 protected:
     void Form_Load() override;

@@ -20,9 +20,6 @@ public:
     QLabel* Label4;
     QLabel* Label5;
     QPushButton* cmdWhyResample;
-    using Page::cmdBack;
-    using Page::cmdCancel;
-    using Page::cmdNext;
 
 protected:
     void Form_Load() override;

@@ -13,9 +13,6 @@ public:
 
     QPushButton* cmdWhyResample;
     QPushButton* cmdSubmitResampleData;
-    using Page::cmdBack;
-    using Page::cmdCancel;
-    using Page::cmdNext;
 
 protected:
     void Form_Load() override;

@@ -13,9 +13,6 @@ public:
 
     QPushButton* cmdAboutBathymPositionIndexGrids;
     QPushButton* cmdSet_largeScale_BPI;
-    using Page::cmdBack;
-    using Page::cmdCancel;
-    using Page::cmdNext;
 
 protected:
     void Form_Load() override;

@@ -13,9 +13,6 @@ public:
 
     QPushButton* cmdAboutBPIGridStandardization;
     QPushButton* cmdSubmit;
-    using Page::cmdBack;
-    using Page::cmdCancel;
-    using Page::cmdNext;
 
 protected:
     void Form_Load() override;

@@ -11,9 +11,6 @@ public:
     explicit frmZoneStep4Page(PageSlot& slot);
 
     QPushButton* cmdAbout_ClassDictionary;
-    using Page::cmdBack;
-    using Page::cmdCancel;
-    using Page::cmdNext;
 
 protected:
     void Form_Load() override;

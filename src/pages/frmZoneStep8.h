@@ -12,8 +12,6 @@ public:
     explicit frmZoneStep8Page(PageSlot& slot);
 
     QPushButton* cmdFinish;
-    using Page::cmdBack;
-    using Page::cmdCancel;
 
 protected:
     void Form_Load() override;
@@ -23,9 +21,6 @@ class frmZoneStep8_reqdataPage : public Page {
 public:
     explicit frmZoneStep8_reqdataPage(PageSlot& slot);
 
-    using Page::cmdBack;
-    using Page::cmdCancel;
-    using Page::cmdNext;
 
 protected:
     void Form_Load() override;

@@ -13,7 +13,6 @@ public:
 
     QLabel* Label1;
     QPushButton* cmdCreateRug;
-    using Page::cmdCancel;
 
 protected:
     void Form_Load() override;
