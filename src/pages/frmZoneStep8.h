@@ -21,7 +21,6 @@ class frmZoneStep8_reqdataPage : public Page {
 public:
     explicit frmZoneStep8_reqdataPage(PageSlot& slot);
 
-
 protected:
     void Form_Load() override;
 };
