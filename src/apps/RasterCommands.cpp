@@ -65,6 +65,7 @@ int RunCalc(const Arguments& arguments) {
         bindings.emplace_back(it->second.substr(0, equals), it->second.substr(equals + 1));
     }
     return RunReported("calc", [&] {
+        // The output workspace must exist before it is opened; Save would make it too late.
         std::filesystem::create_directories(folder);
         raster::RasterMapAlgebraOp op;
         op.OutWorkspace(nuWS_PathOpenIRasterWorkspace(folder));

@@ -310,8 +310,7 @@ NodePtr MakeStored(const StoredBand& band) {
 }
 
 NodePtr MakeScalar(double value, bool integer) {
-    auto node = MakeCellwise<0>({}, integer, [value]() { return value; });
-    return node;
+    return MakeCellwise<0>({}, integer, [value]() { return value; });
 }
 
 NodePtr MakeUnary(UnaryOp op, NodePtr operand) {

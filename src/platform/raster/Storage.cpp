@@ -72,6 +72,13 @@ double AsStored(double value, bool integer) {
     return std::isfinite(stored) ? stored : std::numeric_limits<double>::quiet_NaN();
 }
 
+// A tile's values as the grid will hold them.
+std::vector<double> Stored(const double* values, std::int64_t cells, bool integer) {
+    std::vector<double> stored(values, values + cells);
+    for (double& v : stored) v = AsStored(v, integer);
+    return stored;
+}
+
 // Accumulates statistics and distinct values over tiles from several threads.
 class SummaryBuilder {
 public:
@@ -202,9 +209,7 @@ GridSummary Summarize(const NodePtr& node, bool asStored) {
     SummaryBuilder builder(node->integer);
     EvaluateTiles(node, [&](const Window& tile, const double* values) {
         if (!asStored) return builder.Add(values, tile.Cells());
-        std::vector<double> stored(values, values + tile.Cells());
-        for (double& v : stored) v = AsStored(v, node->integer);
-        builder.Add(stored.data(), tile.Cells());
+        builder.Add(Stored(values, tile.Cells(), node->integer).data(), tile.Cells());
     });
     return builder.Finish();
 }
@@ -457,8 +462,7 @@ RasterDatasetPtr RasterDataset::Copy(const std::string& name, const RasterWorksp
     SummaryBuilder builder(integer);
     std::mutex writeLock;
     EvaluateTiles(node_, [&](const Window& tile, const double* values) {
-        std::vector<double> stored(values, values + tile.Cells());
-        for (double& v : stored) v = AsStored(v, integer);
+        const std::vector<double> stored = Stored(values, tile.Cells(), integer);
         builder.Add(stored.data(), tile.Cells());
         std::vector<std::int32_t> ints;
         std::vector<float> floats;
