@@ -113,7 +113,23 @@ private:
     const std::function<NodePtr(const std::string&)>& lookup_;
 };
 
+void Tell(const std::string& line) {
+    if (const AlgebraJournal& journal = Journal()) journal(line);
+}
+
 }  // namespace
+
+AlgebraJournal& Journal() {
+    static AlgebraJournal journal;
+    return journal;
+}
+
+RasterMapAlgebraOp::RasterMapAlgebraOp() { Tell("RasterMapAlgebraOp"); }
+
+void RasterMapAlgebraOp::OutWorkspace(const RasterWorkspacePtr& workspace) {
+    Tell("OutWorkspace " + (workspace ? workspace->PathName() : std::string("(none)")));
+    outWorkspace_ = workspace;
+}
 
 bool RasterMapAlgebraOp::NoCase::operator()(const std::string& a, const std::string& b) const {
     return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
@@ -123,13 +139,18 @@ bool RasterMapAlgebraOp::NoCase::operator()(const std::string& a, const std::str
 }
 
 void RasterMapAlgebraOp::BindRaster(const RasterPtr& raster, const std::string& name) {
+    Tell("BindRaster " + name);
     if (!raster) throw runtime::RuntimeFailure(runtime::kObjectNotSet);
     bindings_[name] = raster;
 }
 
-void RasterMapAlgebraOp::UnbindRaster(const std::string& name) { bindings_.erase(name); }
+void RasterMapAlgebraOp::UnbindRaster(const std::string& name) {
+    Tell("UnbindRaster " + name);
+    bindings_.erase(name);
+}
 
 RasterPtr RasterMapAlgebraOp::Execute(const std::string& expression) {
+    Tell("Execute " + expression);
     EnsureGdal();
     const ExprPtr tree = ParseExpression(expression);
     const std::function<NodePtr(const std::string&)> lookup = [&](const std::string& name) {
@@ -146,18 +167,21 @@ RasterPtr RasterMapAlgebraOp::Execute(const std::string& expression) {
 }
 
 void RasterMapAlgebraOp::SetCellSize(int setting, const std::string& value) {
+    Tell("SetCellSize " + std::to_string(setting) + " " + value);
     if (setting != 1)
         throw EngineFailure("Cell size setting " + std::to_string(setting) + " is not supported");
     cellSize_ = value;
 }
 
 void RasterMapAlgebraOp::SetExtent(int setting, const RasterPtr& raster) {
+    Tell("SetExtent " + std::to_string(setting));
     if (setting != 2)
         throw EngineFailure("Extent setting " + std::to_string(setting) + " is not supported");
     extent_ = raster;
 }
 
 RasterPtr RasterSurfaceOp::Slope(const RasterPtr& raster, int measure, double zFactor) {
+    Tell("Slope " + std::to_string(measure));
     if (measure != 1)
         throw EngineFailure("Slope measure " + std::to_string(measure) + " is not supported");
     NodePtr surface = runtime::Deref(raster).Node();

@@ -1,6 +1,7 @@
 #pragma once
 // The map algebra operator and the surface operator, as the system calls them.
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -9,9 +10,17 @@
 
 namespace halvane::raster {
 
+// Every call the system makes on the operators, one line each
+// ("BindRaster inRaster", "Execute int(...)"), for `--trace` and for checks of
+// the calling order. Empty: nothing is told.
+using AlgebraJournal = std::function<void(const std::string& line)>;
+AlgebraJournal& Journal();
+
 // One object per computation: bindings, environment, Execute.
 class RasterMapAlgebraOp {
 public:
+    RasterMapAlgebraOp();
+
     void BindRaster(const RasterPtr& raster, const std::string& name);
     void UnbindRaster(const std::string& name);
 
@@ -23,7 +32,7 @@ public:
     // IRasterAnalysisEnvironment. Results are temporary whatever the output
     // workspace; the cell size and extent settings are kept but the output
     // grid always follows the inputs (largest cell, intersection).
-    void OutWorkspace(const RasterWorkspacePtr& workspace) { outWorkspace_ = workspace; }
+    void OutWorkspace(const RasterWorkspacePtr& workspace);
     const RasterWorkspacePtr& OutWorkspace() const { return outWorkspace_; }
     void SetCellSize(int setting, const std::string& value);
     void SetExtent(int setting, const RasterPtr& raster);

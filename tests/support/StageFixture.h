@@ -1,0 +1,93 @@
+#pragma once
+// A session in a fresh working folder, with the desktop scripted, every call
+// on the map algebra operators written down, and the progress dialogs'
+// steps readable as "position/maximum message".
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "engine/Session.h"
+#include "host/ErrorHandling.h"
+#include "host/modProgDialog.h"
+#include "platform/raster/MapAlgebra.h"
+#include "support/GridFiles.h"
+#include "support/ScriptedDesktop.h"
+
+namespace halvane::testing {
+
+class StageFixture : public ScriptedDesktop {
+protected:
+    void SetUp() override {
+        // A window kept from an earlier test would report to that test's desktop.
+        ErrorHandling::ReleaseErrorWindow();
+        ResetSession();
+        CloseProgress();
+        g_b_Continue = false;
+        std::filesystem::create_directories(work_.Path());
+        g_s_WorkingDir = work_.Path().string();
+        raster::Journal() = [this](const std::string& line) { journal.push_back(line); };
+    }
+    void TearDown() override {
+        raster::Journal() = nullptr;
+        CloseProgress();
+        ResetSession();
+        ScriptedDesktop::TearDown();
+    }
+
+    // Writes an input grid outside the working folder and gives its raster.
+    raster::RasterPtr Input(const raster::Grid& grid, const std::vector<double>& values,
+                            const std::string& name = "depth") {
+        WriteGrid(input_ / (name + ".tif"), grid, values);
+        return OpenRaster(input_ / (name + ".tif"));
+    }
+    std::string InputFolder() const { return input_.Path().string(); }
+
+    // The grids in the working folder, as file names.
+    std::vector<std::string> Saved() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(work_.Path())) {
+            if (entry.path().extension() == ".tif") names.push_back(entry.path().filename());
+        }
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    std::vector<std::string> Reports() const {
+        std::vector<std::string> texts;
+        for (const auto& event : ui.Events()) {
+            if (event.kind == "error-window") texts.push_back(event.text);
+        }
+        return texts;
+    }
+
+    // Every step of every progress dialog, "position/maximum message", with a
+    // "close" where a dialog was hidden.
+    std::vector<std::string> ProgressSteps() const {
+        std::vector<std::string> steps;
+        for (const auto& dialog : ui.ProgressDialogs()) {
+            std::string maximum, position;
+            for (const std::string& call : dialog->calls) {
+                const auto take = [&](const char* prefix, std::string& into) {
+                    if (call.rfind(prefix, 0) != 0) return false;
+                    into = call.substr(std::string(prefix).size());
+                    return true;
+                };
+                std::string message;
+                if (take("MaxRange ", maximum) || take("Position ", position)) continue;
+                if (take("Message ", message))
+                    steps.push_back(position + "/" + maximum + " " + message);
+                if (call == "HideDialog") steps.push_back("close");
+            }
+        }
+        return steps;
+    }
+
+    std::vector<std::string> journal;
+
+private:
+    TempDir input_;
+    TempDir work_;
+};
+
+}  // namespace halvane::testing
