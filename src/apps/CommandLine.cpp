@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iostream>
 
+#include "apps/AnalysisCommands.h"
 #include "apps/RasterCommands.h"
 
 namespace halvane::apps {
@@ -58,16 +59,46 @@ const std::vector<Command>& Commands() {
     static const std::vector<Command> commands = {
         {"calc",
          "evaluate a map algebra expression and save the grid",
-         "--workdir DIR --name NAME [--bind NAME=PATH]... 'EXPRESSION'",
+         "--workdir DIR --name NAME [--bind NAME=PATH]... [--trace] 'EXPRESSION'",
          {"--workdir", "--name", "--bind"},
-         {},
+         {"--trace"},
          RunCalc},
         {"slope",
          "slope in degrees (Horn) of a grid",
-         "--workdir DIR --name NAME INPUT",
+         "--workdir DIR --name NAME [--trace] INPUT",
          {"--workdir", "--name"},
-         {},
+         {"--trace"},
          RunSlope},
+        {"bpi",
+         "bathymetric position index: each cell minus the mean of a ring around it",
+         "--workdir DIR --inner CELLS --outer CELLS [--scale broad|fine] [--name NAME]\n"
+         "       [--trace] INPUT\n\n"
+         "The radii are counted in cells and go into the expression as written. Without\n"
+         "--name the grid is saved as tmpBroadBPI or tmpFineBPI.",
+         {"--workdir", "--inner", "--outer", "--scale", "--name"},
+         {"--trace"},
+         RunBpi},
+        {"standardize",
+         "a BPI grid as 100 times its z-score",
+         "--workdir DIR [--scale broad|fine] [--name NAME] [--trace] BPI_GRID\n\n"
+         "Without --name the grid is saved as tmpBroadstd or tmpFinestd.",
+         {"--workdir", "--scale", "--name"},
+         {"--trace"},
+         RunStandardize},
+        {"resample",
+         "a grid at a new cell size",
+         "--workdir DIR --name NAME --cell-size SIZE [--method METHOD] [--trace] INPUT\n\n"
+         "METHOD is \"Cubic Convolution\" (the default), \"Bilinear Interoplation\" or\n"
+         "\"Nearest Neighbor\", as the resampling page lists them.",
+         {"--workdir", "--name", "--cell-size", "--method"},
+         {"--trace"},
+         RunResample},
+        {"rugosity",
+         "surface area over planar area of each cell and its eight neighbours",
+         "--workdir DIR --name NAME [--trace] INPUT",
+         {"--workdir", "--name"},
+         {"--trace"},
+         RunRugosity},
         {"info",
          "size, cell size, extent, type, statistics and value table of a grid",
          "[--json] PATH",
@@ -83,7 +114,7 @@ namespace {
 void PrintOverview(std::ostream& out) {
     out << "Usage: halvane <command> [options]\n\nCommands:\n";
     for (const Command& command : Commands()) {
-        out << "  " << command.name << std::string(10 - std::string(command.name).size(), ' ')
+        out << "  " << command.name << std::string(13 - std::string(command.name).size(), ' ')
             << command.summary << "\n";
     }
     out << "\n'halvane <command> --help' shows the options of one command.\n";

@@ -35,9 +35,10 @@ std::string Number(double value) {
 
 }  // namespace
 
-int RunReported(const std::string& command, const std::function<bool()>& body) {
+int RunReported(const std::string& command, bool trace, const std::function<bool()>& body) {
     ui::ConsoleServices console;
     ui::ServicesScope scope(console);
+    if (trace) raster::Journal() = [](const std::string& line) { std::cerr << line << "\n"; };
     raster::EvalSettings& settings = raster::Settings();
     int shown = -1;
     settings.onProgress = [&](std::int64_t done, std::int64_t total) {
@@ -46,10 +47,15 @@ int RunReported(const std::string& command, const std::function<bool()>& body) {
         shown = percent;
         ShowProgress("Computing", "halvane " + command, 0, 100, percent, 0);
     };
+    // A window kept from an earlier run in this process would count for that run.
+    ErrorHandling::ReleaseErrorWindow();
     const bool succeeded = Guarded({"halvane", command.c_str(), kTopLevel}, body);
     settings.onProgress = nullptr;
+    raster::Journal() = nullptr;
     CloseProgress();
-    return succeeded ? 0 : 1;
+    ErrorHandling::ReleaseErrorWindow();
+    // The stages report their own failures and go on, as they do for a page.
+    return succeeded && console.ReportsShown() == 0 ? 0 : 1;
 }
 
 int RunCalc(const Arguments& arguments) {
@@ -64,7 +70,7 @@ int RunCalc(const Arguments& arguments) {
         }
         bindings.emplace_back(it->second.substr(0, equals), it->second.substr(equals + 1));
     }
-    return RunReported("calc", [&] {
+    return RunReported("calc", arguments.Has("--trace"), [&] {
         // The output workspace must exist before it is opened; Save would make it too late.
         std::filesystem::create_directories(folder);
         raster::RasterMapAlgebraOp op;
@@ -78,7 +84,7 @@ int RunSlope(const Arguments& arguments) {
     const std::string folder = arguments.Required("--workdir");
     const std::string name = arguments.Required("--name");
     if (arguments.positional.size() != 1) throw UsageError{"give exactly one input grid"};
-    return RunReported("slope", [&] {
+    return RunReported("slope", arguments.Has("--trace"), [&] {
         return Save(raster::RasterSurfaceOp().Slope(OpenInput(arguments.positional[0]), 1), folder,
                     name);
     });
@@ -87,7 +93,7 @@ int RunSlope(const Arguments& arguments) {
 int RunInfo(const Arguments& arguments) {
     if (arguments.positional.size() != 1) throw UsageError{"give exactly one grid"};
     const bool json = arguments.Has("--json");
-    return RunReported("info", [&] {
+    return RunReported("info", false, [&] {
         raster::RasterPtr raster = OpenInput(arguments.positional[0]);
         const raster::Grid& grid = raster->GetGrid();
         const raster::Envelope extent = raster->Extent();

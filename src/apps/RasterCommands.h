@@ -13,8 +13,9 @@ int RunSlope(const Arguments& arguments);
 int RunInfo(const Arguments& arguments);
 
 // Runs body with the console as the desktop and the engine's progress on
-// stderr; a failure is reported as the desktop would report it. Gives the
-// exit status: 0, or 1 after a reported failure.
-int RunReported(const std::string& command, const std::function<bool()>& body);
+// stderr; a failure is reported as the desktop would report it, and with
+// `trace` every call on the map algebra operators is printed there too. Gives
+// the exit status: 0, or 1 when body gave false or any failure was reported.
+int RunReported(const std::string& command, bool trace, const std::function<bool()>& body);
 
 }  // namespace halvane::apps

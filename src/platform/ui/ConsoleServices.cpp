@@ -21,14 +21,18 @@ std::string OneLine(const std::string& text) {
 
 class ConsoleErrorWindow : public IErrorWindow {
 public:
-    explicit ConsoleErrorWindow(std::ostream& out) : out_(out) {}
+    ConsoleErrorWindow(std::ostream& out, std::shared_ptr<int> shown)
+        : out_(out), shown_(std::move(shown)) {}
     void SetText(const std::string& text) override { text_ = text; }
     void Show(bool show) override {
-        if (show) out_ << text_ << std::flush;
+        if (!show) return;
+        out_ << text_ << (text_.ends_with('\n') ? "" : "\n") << std::flush;
+        ++*shown_;
     }
 
 private:
     std::ostream& out_;
+    std::shared_ptr<int> shown_;
     std::string text_;
 };
 
@@ -137,7 +141,7 @@ MsgBoxResult ConsoleServices::MsgBox(const std::string& prompt, int buttons,
 }
 
 std::shared_ptr<IErrorWindow> ConsoleServices::NewErrorWindow() {
-    return std::make_shared<ConsoleErrorWindow>(out_);
+    return std::make_shared<ConsoleErrorWindow>(out_, reportsShown_);
 }
 
 std::shared_ptr<ITrackCancel> ConsoleServices::NewCancelTracker() {

@@ -4,6 +4,7 @@
 // would need a person answer Cancel.
 
 #include <iosfwd>
+#include <memory>
 
 #include "platform/ui/Services.h"
 
@@ -33,9 +34,13 @@ public:
     WindowHandle HtmlHelp(WindowHandle caller, const std::string& file, int command,
                           const std::string& topic) override;
 
+    // Failure reports shown so far by this console's error windows.
+    int ReportsShown() const { return *reportsShown_; }
+
 private:
     std::ostream& out_;
     QuestionPolicy policy_;
+    std::shared_ptr<int> reportsShown_ = std::make_shared<int>(0);
     bool redrawBar_;
     int pointer_ = vbDefault;
 };

@@ -1,0 +1,132 @@
+#include "apps/AnalysisCommands.h"
+
+#include <filesystem>
+#include <iostream>
+
+#include "apps/RasterCommands.h"
+#include "engine/Analysis.h"
+#include "engine/RasterAccess.h"
+#include "engine/Rugosity.h"
+#include "engine/Session.h"
+#include "platform/runtime/Convert.h"
+
+namespace halvane::apps {
+namespace {
+
+struct Address {
+    std::string path, name;
+};
+
+// The single INPUT argument, split into folder and name as the stages do.
+// A relative path is taken from the current folder, so that it has a folder.
+Address InputAddress(const Arguments& arguments) {
+    if (arguments.positional.size() != 1) throw UsageError{"give exactly one input grid"};
+    const std::string full = std::filesystem::absolute(arguments.positional[0]).string();
+    return {PathOfRaster(full), NameOfRaster(full)};
+}
+
+bool IsBroad(const Arguments& arguments) {
+    const std::string scale = arguments.Optional("--scale", "broad");
+    if (scale != "broad" && scale != "fine") {
+        throw UsageError{"--scale is broad or fine, not '" + scale + "'"};
+    }
+    return scale == "broad";
+}
+
+// Starts a session in the working folder, which is made if it is missing.
+void StartSession(const Arguments& arguments) {
+    ResetSession();
+    g_b_StandAloneRun = true;
+    g_s_WorkingDir = arguments.Required("--workdir");
+    std::filesystem::create_directories(g_s_WorkingDir);
+}
+
+// Prints where a stage's grid was stored; false when nothing was.
+bool Stored(const raster::RasterDatasetPtr& dataset) {
+    if (!dataset) return false;
+    std::cout << dataset->Path() << "\n";
+    return true;
+}
+
+}  // namespace
+
+int RunBpi(const Arguments& arguments) {
+    const bool broad = IsBroad(arguments);
+    const std::string inner = arguments.Required("--inner");
+    const std::string outer = arguments.Required("--outer");
+    const std::string name = arguments.Optional("--name");
+    const Address input = InputAddress(arguments);
+    return RunReported("bpi", arguments.Has("--trace"), [&] {
+        StartSession(arguments);
+        g_s_BPI_DataPath = input.path;
+        g_s_BPI_DataSet = input.name;
+        g_p_BPI_RasterDataset = OpenRasterDataset(input.path, input.name);
+        if (!g_p_BPI_RasterDataset) return false;
+        std::string& innerRadius =
+            broad ? g_i_SmScaleBPI_inner_radius : g_i_LgScaleBPI_inner_radius;
+        std::string& outerRadius =
+            broad ? g_i_SmScaleBPI_outer_radius : g_i_LgScaleBPI_outer_radius;
+        innerRadius = inner;
+        outerRadius = outer;
+        BPI_Build(g_p_BPI_RasterDataset->CreateDefaultRaster(), innerRadius, outerRadius, name,
+                  broad ? "BroadBPI" : "FineBPI", 0);
+        return Stored(broad ? g_p_SS_BPI_RasterDataset : g_p_LS_BPI_RasterDataset);
+    });
+}
+
+int RunStandardize(const Arguments& arguments) {
+    const bool broad = IsBroad(arguments);
+    const std::string name = arguments.Optional("--name");
+    const Address input = InputAddress(arguments);
+    return RunReported("standardize", arguments.Has("--trace"), [&] {
+        StartSession(arguments);
+        raster::RasterDatasetPtr& bpi = broad ? g_p_SS_BPI_RasterDataset : g_p_LS_BPI_RasterDataset;
+        (broad ? g_s_SS_BPI_InputDataSet : g_s_LS_BPI_InputDataSet) = input.name;
+        (broad ? g_s_SS_BPI_InputDataPath : g_s_LS_BPI_InputDataPath) = input.path;
+        bpi = OpenRasterDataset(input.path, input.name);
+        if (!bpi) return false;
+        double& mean = broad ? g_d_SS_BPI_Mean : g_d_LS_BPI_Mean;
+        double& deviation = broad ? g_d_SS_BPI_StdDev : g_d_LS_BPI_StdDev;
+        calcRasterStats(bpi->CreateDefaultRaster(), broad ? "Small" : "Large");
+        std::cerr << "mean " << runtime::CStr(mean) << ", standard deviation "
+                  << runtime::CStr(deviation) << "\n";
+        std::string& output = broad ? g_s_Save_SmScale_Std_Grid : g_s_Save_LgScale_Std_Grid;
+        output = name;
+        BPI_Standardize(bpi->CreateDefaultRaster(), mean, deviation, output,
+                        broad ? "BroadBPI" : "FineBPI", 0);
+        return Stored(broad ? g_p_SmScale_Std_RasterDataset : g_p_LgScale_Std_RasterDataset);
+    });
+}
+
+int RunResample(const Arguments& arguments) {
+    const std::string name = arguments.Required("--name");
+    const std::string cellSize = arguments.Required("--cell-size");
+    const std::string method = arguments.Optional("--method", "Cubic Convolution");
+    const Address input = InputAddress(arguments);
+    return RunReported("resample", arguments.Has("--trace"), [&] {
+        StartSession(arguments);
+        g_s_InputDataPath = input.path;
+        g_s_InputDataSet = input.name;
+        g_p_InputRasterDataset = OpenRasterDataset(input.path, input.name);
+        if (!g_p_InputRasterDataset) return false;
+        ResampleRas(g_p_InputRasterDataset->CreateDefaultRaster(), cellSize, method, name);
+        return Stored(g_p_BPI_RasterDataset);
+    });
+}
+
+int RunRugosity(const Arguments& arguments) {
+    const std::string name = arguments.Required("--name");
+    const Address input = InputAddress(arguments);
+    return RunReported("rugosity", arguments.Has("--trace"), [&] {
+        StartSession(arguments);
+        g_s_Rugosity_InputDataPath = input.path;
+        g_s_Rugosity_InputDataSet = input.name;
+        g_p_Rugosity_RasterDataset = OpenRasterDataset(input.path, input.name);
+        if (!g_p_Rugosity_RasterDataset) return false;
+        g_s_SaveRugosity_OutputData = name;
+        BuildRugosity();
+        return Stored(g_p_Rugosity_OutputRasterDataset);
+    });
+}
+
+}  // namespace halvane::apps
