@@ -41,6 +41,14 @@ void StartSession(const Arguments& arguments) {
     std::filesystem::create_directories(g_s_WorkingDir);
 }
 
+// Writes the input's folder and name into the session's two variables and
+// opens it; null, reported, when it can't be opened.
+raster::RasterDatasetPtr OpenInto(const Address& input, std::string& path, std::string& name) {
+    path = input.path;
+    name = input.name;
+    return OpenRasterDataset(input.path, input.name);
+}
+
 // Prints where a stage's grid was stored; false when nothing was.
 bool Stored(const raster::RasterDatasetPtr& dataset) {
     if (!dataset) return false;
@@ -58,9 +66,7 @@ int RunBpi(const Arguments& arguments) {
     const Address input = InputAddress(arguments);
     return RunReported("bpi", arguments.Has("--trace"), [&] {
         StartSession(arguments);
-        g_s_BPI_DataPath = input.path;
-        g_s_BPI_DataSet = input.name;
-        g_p_BPI_RasterDataset = OpenRasterDataset(input.path, input.name);
+        g_p_BPI_RasterDataset = OpenInto(input, g_s_BPI_DataPath, g_s_BPI_DataSet);
         if (!g_p_BPI_RasterDataset) return false;
         std::string& innerRadius =
             broad ? g_i_SmScaleBPI_inner_radius : g_i_LgScaleBPI_inner_radius;
@@ -81,9 +87,8 @@ int RunStandardize(const Arguments& arguments) {
     return RunReported("standardize", arguments.Has("--trace"), [&] {
         StartSession(arguments);
         raster::RasterDatasetPtr& bpi = broad ? g_p_SS_BPI_RasterDataset : g_p_LS_BPI_RasterDataset;
-        (broad ? g_s_SS_BPI_InputDataSet : g_s_LS_BPI_InputDataSet) = input.name;
-        (broad ? g_s_SS_BPI_InputDataPath : g_s_LS_BPI_InputDataPath) = input.path;
-        bpi = OpenRasterDataset(input.path, input.name);
+        bpi = OpenInto(input, broad ? g_s_SS_BPI_InputDataPath : g_s_LS_BPI_InputDataPath,
+                       broad ? g_s_SS_BPI_InputDataSet : g_s_LS_BPI_InputDataSet);
         if (!bpi) return false;
         double& mean = broad ? g_d_SS_BPI_Mean : g_d_LS_BPI_Mean;
         double& deviation = broad ? g_d_SS_BPI_StdDev : g_d_LS_BPI_StdDev;
@@ -105,9 +110,7 @@ int RunResample(const Arguments& arguments) {
     const Address input = InputAddress(arguments);
     return RunReported("resample", arguments.Has("--trace"), [&] {
         StartSession(arguments);
-        g_s_InputDataPath = input.path;
-        g_s_InputDataSet = input.name;
-        g_p_InputRasterDataset = OpenRasterDataset(input.path, input.name);
+        g_p_InputRasterDataset = OpenInto(input, g_s_InputDataPath, g_s_InputDataSet);
         if (!g_p_InputRasterDataset) return false;
         ResampleRas(g_p_InputRasterDataset->CreateDefaultRaster(), cellSize, method, name);
         return Stored(g_p_BPI_RasterDataset);
@@ -119,9 +122,8 @@ int RunRugosity(const Arguments& arguments) {
     const Address input = InputAddress(arguments);
     return RunReported("rugosity", arguments.Has("--trace"), [&] {
         StartSession(arguments);
-        g_s_Rugosity_InputDataPath = input.path;
-        g_s_Rugosity_InputDataSet = input.name;
-        g_p_Rugosity_RasterDataset = OpenRasterDataset(input.path, input.name);
+        g_p_Rugosity_RasterDataset =
+            OpenInto(input, g_s_Rugosity_InputDataPath, g_s_Rugosity_InputDataSet);
         if (!g_p_Rugosity_RasterDataset) return false;
         g_s_SaveRugosity_OutputData = name;
         BuildRugosity();

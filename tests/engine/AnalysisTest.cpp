@@ -53,17 +53,6 @@ std::vector<double> ReferenceBpi(const std::vector<double>& z, double inner, dou
     return out;
 }
 
-void ExpectCells(const std::vector<double>& actual, const std::vector<double>& expected) {
-    ASSERT_EQ(actual.size(), expected.size());
-    for (std::size_t i = 0; i < actual.size(); ++i) {
-        if (std::isnan(expected[i])) {
-            EXPECT_TRUE(std::isnan(actual[i])) << "cell " << i << " = " << actual[i];
-        } else {
-            EXPECT_EQ(actual[i], expected[i]) << "cell " << i;
-        }
-    }
-}
-
 class AnalysisTest : public testing::StageFixture {
 protected:
     std::vector<std::string> Executed() const {
@@ -112,7 +101,7 @@ TEST_F(AnalysisTest, BroadBpiOfASmallGridFollowsItsDefinition) {
     EXPECT_EQ(g_i_SmScaleBPI_outer_radius, "");
     raster::RasterPtr saved = g_p_SS_BPI_RasterDataset->CreateDefaultRaster();
     EXPECT_TRUE(saved->IsInteger());
-    ExpectCells(testing::ReadAll(saved), ReferenceBpi(Depths(), 1, 3));
+    testing::ExpectCells(testing::ReadAll(saved), ReferenceBpi(Depths(), 1, 3));
     EXPECT_TRUE(Reports().empty());
 }
 
@@ -124,8 +113,8 @@ TEST_F(AnalysisTest, FineAndOtherTagsFillTheFineVariablesUnderTheirNames) {
               "int(([inRaster] - Focalmean([inRaster], annulus, 1.5, 2.5)) + .5)");
     EXPECT_EQ(g_s_LS_BPI_InputDataSet, "fine_2");
     ASSERT_NE(g_p_LS_BPI_RasterDataset, nullptr);
-    ExpectCells(testing::ReadAll(g_p_LS_BPI_RasterDataset->CreateDefaultRaster()),
-                ReferenceBpi(Depths(), 1.5, 2.5));
+    testing::ExpectCells(testing::ReadAll(g_p_LS_BPI_RasterDataset->CreateDefaultRaster()),
+                         ReferenceBpi(Depths(), 1.5, 2.5));
 
     inner = "1", outer = "2";
     ASSERT_NE(BPI_Build(input, inner, outer, "", "Medium", 0), nullptr);
@@ -265,7 +254,8 @@ TEST_F(AnalysisTest, StandardizedValuesAreCutTowardZeroAfterAddingAHundredthOfAH
         negative += expected[i] < 0;
     }
     EXPECT_GT(negative, 5);  // truncation toward zero is exercised
-    ExpectCells(testing::ReadAll(g_p_SmScale_Std_RasterDataset->CreateDefaultRaster()), expected);
+    testing::ExpectCells(testing::ReadAll(g_p_SmScale_Std_RasterDataset->CreateDefaultRaster()),
+                         expected);
 
     name.clear();
     ASSERT_NE(BPI_Standardize(input, g_d_SS_BPI_Mean, g_d_SS_BPI_StdDev, name, "FineBPI", 0),

@@ -60,13 +60,6 @@ protected:
             colors.push_back(renderer.Symbol(0, i)->Color());
         return colors;
     }
-    std::vector<std::string> Reports() const {
-        std::vector<std::string> texts;
-        for (const auto& event : ui.Events()) {
-            if (event.kind == "error-window") texts.push_back(event.text);
-        }
-        return texts;
-    }
     // The one report, which must name this procedure and the failure.
     void ExpectOneReport(const std::string& failure) const {
         ASSERT_EQ(Reports().size(), 1u);

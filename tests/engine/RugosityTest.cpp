@@ -86,17 +86,6 @@ std::vector<double> ReferenceRugosity(const raster::Grid& grid, const std::vecto
     return out;
 }
 
-void ExpectNear(const std::vector<double>& actual, const std::vector<double>& expected) {
-    ASSERT_EQ(actual.size(), expected.size());
-    for (std::size_t i = 0; i < actual.size(); ++i) {
-        if (std::isnan(expected[i])) {
-            EXPECT_TRUE(std::isnan(actual[i])) << "cell " << i << " = " << actual[i];
-        } else {
-            EXPECT_NEAR(actual[i], expected[i], 1e-5 * expected[i]) << "cell " << i;
-        }
-    }
-}
-
 TEST_F(RugosityTest, FlatGroundOfTenMetreCellsRatesOneInsideAndNoDataOnTheRing) {
     const raster::Grid grid{600000, 5000000, 10, 10, 7, 6};
     const std::vector<double> flat(grid.Cells(), -42.0);
@@ -105,7 +94,7 @@ TEST_F(RugosityTest, FlatGroundOfTenMetreCellsRatesOneInsideAndNoDataOnTheRing) 
     for (int r = 1; r < 5; ++r) {
         for (int c = 1; c < 6; ++c) expected[r * 7 + c] = 1.0;
     }
-    ExpectNear(cells, expected);
+    testing::ExpectCells(cells, expected, 1e-6);
     EXPECT_EQ(Saved(), Lines{"rugosity.tif"});
     EXPECT_EQ(g_p_Rugosity_OutputRasterDataset->Name(), "rugosity");
 }
@@ -114,7 +103,7 @@ TEST_F(RugosityTest, RoughGroundWithAHoleFollowsTheFormula) {
     const raster::Grid grid{600000, 5000000, 10, 10, 9, 8};
     std::vector<double> z = testing::Surface(grid, false);
     z[4 * 9 + 5] = testing::kNoData;
-    ExpectNear(Run(grid, z), ReferenceRugosity(grid, z, 10));
+    testing::ExpectCells(Run(grid, z), ReferenceRugosity(grid, z, 10), 1e-5);
 }
 
 TEST_F(RugosityTest, ThirtyFourExecutionsWithTheirBindingsInOrder) {

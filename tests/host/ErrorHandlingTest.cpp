@@ -41,13 +41,6 @@ protected:
         ErrorHandling::ReleaseErrorWindow();
         ScriptedDesktop::TearDown();
     }
-    std::vector<std::string> reports() const {
-        std::vector<std::string> texts;
-        for (const auto& event : ui.Events()) {
-            if (event.kind == "error-window") texts.push_back(event.text);
-        }
-        return texts;
-    }
 };
 
 TEST(GetErrorLineNumberStringTest, EmptyForLineZero) {
@@ -64,8 +57,8 @@ TEST(LocationOfTest, EndsInTheBlankAfterTheModuleForLineZero) {
 
 TEST_F(ErrorHandlingTest, ThreeLevelsReportOutermostFirstAndDressOnce) {
     EXPECT_FALSE(Outer());  // the top level returns its default result
-    ASSERT_EQ(reports().size(), 1u);
-    EXPECT_EQ(reports()[0], std::string(kHeading) + "\r\n\r\n" + "\tOuter frmA \r\n" +
+    ASSERT_EQ(Reports().size(), 1u);
+    EXPECT_EQ(Reports()[0], std::string(kHeading) + "\r\n\r\n" + "\tOuter frmA \r\n" +
                                 "\tMiddle modB \r\n" + "\tInnermost modC \r\n" +
                                 Dressing(11, "Division by zero"));
     EXPECT_FALSE(ErrorHandling::m_bErrorTextBuilt);
@@ -76,8 +69,8 @@ TEST_F(ErrorHandlingTest, OneLevelReportIsDressed) {
         throw Failure(-2147467259, "RasterEngine", "Grid 'zones' already exists");
     });
     EXPECT_EQ(result, 0);
-    ASSERT_EQ(reports().size(), 1u);
-    EXPECT_EQ(reports()[0], std::string(kHeading) + "\r\n\r\n\tAlone modUtil \r\n" +
+    ASSERT_EQ(Reports().size(), 1u);
+    EXPECT_EQ(Reports()[0], std::string(kHeading) + "\r\n\r\n\tAlone modUtil \r\n" +
                                 Dressing(-2147467259, "Grid 'zones' already exists"));
 }
 
@@ -94,20 +87,20 @@ TEST_F(ErrorHandlingTest, PassOnFailureRaisedOutOfTheTopLeavesTheNextReportBare)
     EXPECT_TRUE(ErrorHandling::m_bErrorTextBuilt);
 
     Guarded({"Next", "frmZoneStep1", kTopLevel}, [] { throw RuntimeFailure(runtime::kOverflow); });
-    ASSERT_EQ(reports().size(), 1u);
-    EXPECT_EQ(reports()[0], std::string(kHeading) + "\r\n\r\n\tNext frmZoneStep1 \r\nOverflow");
+    ASSERT_EQ(Reports().size(), 1u);
+    EXPECT_EQ(Reports()[0], std::string(kHeading) + "\r\n\r\n\tNext frmZoneStep1 \r\nOverflow");
     EXPECT_FALSE(ErrorHandling::m_bErrorTextBuilt);
 
     // The report reset the flag, so the failure after it is dressed again.
     Guarded({"Again", "frmZoneStep1", kTopLevel}, [] { throw RuntimeFailure(runtime::kOverflow); });
-    EXPECT_EQ(reports().back(), std::string(kHeading) + "\r\n\r\n\tAgain frmZoneStep1 \r\n" +
+    EXPECT_EQ(Reports().back(), std::string(kHeading) + "\r\n\r\n\tAgain frmZoneStep1 \r\n" +
                                     Dressing(6, "Overflow"));
 }
 
 TEST_F(ErrorHandlingTest, TheErrorWindowIsMadeOnceAndReused) {
     Outer();
     Outer();
-    EXPECT_EQ(reports().size(), 2u);
+    EXPECT_EQ(Reports().size(), 2u);
     EXPECT_EQ(ui.ErrorWindowsMade(), 1);
 }
 
@@ -124,15 +117,15 @@ TEST_F(ErrorHandlingTest, OtherModesBeepAndShowTheMessageBox) {
               "and the description of the error.\r\n\r\nError Call Stack Sequence \r\n"
               "\tProc modX \r\n" +
                   Dressing(5, "Bad call"));
-    EXPECT_TRUE(reports().empty());
+    EXPECT_TRUE(Reports().empty());
 }
 
 TEST_F(ErrorHandlingTest, ForeignExceptionsReportWithAClassicNumber) {
     const std::string name =
         Guarded({"Alloc", "modUtil", kTopLevel}, []() -> std::string { throw std::bad_alloc(); });
     EXPECT_EQ(name, "");
-    ASSERT_EQ(reports().size(), 1u);
-    EXPECT_NE(reports()[0].find(Dressing(7, "Out of memory")), std::string::npos);
+    ASSERT_EQ(Reports().size(), 1u);
+    EXPECT_NE(Reports()[0].find(Dressing(7, "Out of memory")), std::string::npos);
 }
 
 }  // namespace

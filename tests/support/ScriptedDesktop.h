@@ -16,6 +16,15 @@ protected:
     }
     void TearDown() override { ui.Verify(); }
 
+    // The texts of the failure reports, in order.
+    std::vector<std::string> Reports() const {
+        std::vector<std::string> texts;
+        for (const auto& event : ui.Events()) {
+            if (event.kind == "error-window") texts.push_back(event.text);
+        }
+        return texts;
+    }
+
     ui::ScriptedServices ui;
 
 private:

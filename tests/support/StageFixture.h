@@ -16,11 +16,26 @@
 
 namespace halvane::testing {
 
+// Cells compared one by one: NoData where expected, else equal within a
+// relative tolerance.
+inline void ExpectCells(const std::vector<double>& actual, const std::vector<double>& expected,
+                        double tolerance = 0) {
+    ASSERT_EQ(actual.size(), expected.size());
+    for (std::size_t i = 0; i < actual.size(); ++i) {
+        if (std::isnan(expected[i])) {
+            EXPECT_TRUE(std::isnan(actual[i])) << "cell " << i << " = " << actual[i];
+        } else {
+            EXPECT_NEAR(actual[i], expected[i], tolerance * std::abs(expected[i])) << "cell " << i;
+        }
+    }
+}
+
 class StageFixture : public ScriptedDesktop {
 protected:
     void SetUp() override {
         // A window kept from an earlier test would report to that test's desktop.
         ErrorHandling::ReleaseErrorWindow();
+        ErrorHandling::m_bErrorTextBuilt = false;
         ResetSession();
         CloseProgress();
         g_b_Continue = false;
@@ -51,14 +66,6 @@ protected:
         }
         std::sort(names.begin(), names.end());
         return names;
-    }
-
-    std::vector<std::string> Reports() const {
-        std::vector<std::string> texts;
-        for (const auto& event : ui.Events()) {
-            if (event.kind == "error-window") texts.push_back(event.text);
-        }
-        return texts;
     }
 
     // Every step of every progress dialog, "position/maximum message", with a
