@@ -243,20 +243,21 @@ TEST_F(ResultLayersTest, RendererIsGivenBeforeTheLayerGoesOnTheMap) {
     EXPECT_EQ(UniqueValues(*layer)->ClassCount(0), 3);
 }
 
-TEST_F(ResultLayersTest, LoadlayerAddsBroadThenFineSoFineIsOnTop) {
+TEST_F(ResultLayersTest, LoadlayerAddsFineThenBroadSoBroadIsOnTop) {
     map::Application app;
     const map::MapPtr focus = app.Document()->FocusMap();
-    g_p_LgScale_Std_RasterDataset = Dataset("broad_std", {1, 2});
-    g_p_SmScale_Std_RasterDataset = Dataset("fine_std", {3, 4});
+    // Lg is the fine scale, Sm the broad one.
+    g_p_LgScale_Std_RasterDataset = Dataset("fine_std", {1, 2});
+    g_p_SmScale_Std_RasterDataset = Dataset("broad_std", {3, 4});
     loadlayer(focus);
     ASSERT_EQ(focus->LayerCount(), 2);
-    EXPECT_EQ(focus->Layer(0)->Name(), "fine_std");
-    EXPECT_EQ(focus->Layer(1)->Name(), "broad_std");
+    EXPECT_EQ(focus->Layer(0)->Name(), "broad_std");
+    EXPECT_EQ(focus->Layer(1)->Name(), "fine_std");
 
     g_p_LgScale_Std_RasterDataset = nullptr;
     loadlayer(focus);
     EXPECT_EQ(focus->LayerCount(), 3);
-    EXPECT_EQ(focus->Layer(0)->Name(), "fine_std");
+    EXPECT_EQ(focus->Layer(0)->Name(), "broad_std");
     EXPECT_TRUE(ui.Events().empty());
 }
 
