@@ -62,18 +62,6 @@ TEST(RandomColorRampTest, ColoursAreNeitherDarkNorGreyAndNeighboursDiffer) {
     }
 }
 
-TEST(RandomColorRampTest, ColourOutsideTheCreatedRampFails) {
-    RandomColorRamp ramp;
-    ramp.Size(3);
-    EXPECT_EQ(FailureNumber([&] { ramp.Color(0); }), runtime::kSubscriptOutOfRange);  // not made
-    bool ok = false;
-    ramp.CreateRamp(ok);
-    EXPECT_EQ(FailureNumber([&] { ramp.Color(2); }), 0);
-    EXPECT_EQ(FailureNumber([&] { ramp.Color(3); }), runtime::kSubscriptOutOfRange);
-    EXPECT_EQ(FailureNumber([&] { ramp.Color(-1); }), runtime::kSubscriptOutOfRange);
-    EXPECT_EQ(FailureNumber([&] { ramp.Size(-1); }), runtime::kInvalidProcedureCall);
-}
-
 TEST(RasterUniqueValueRendererTest, CountsKeepWhatRemainsAndBadIndicesChangeNothing) {
     RasterUniqueValueRenderer renderer;
     renderer.HeadingCount(2);
