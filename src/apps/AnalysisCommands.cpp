@@ -13,16 +13,19 @@
 namespace halvane::apps {
 namespace {
 
-struct Address {
-    std::string path, name;
+// The working folder and the input grid of a stage, read before it runs so
+// that a missing one is a usage error.
+struct Places {
+    std::string workDir, path, name;
 };
 
-// The single INPUT argument, split into folder and name as the stages do.
-// A relative path is taken from the current folder, so that it has a folder.
-Address InputAddress(const Arguments& arguments) {
+// The single INPUT argument is split into folder and name as the stages do;
+// a relative path is taken from the current folder, so that it has a folder.
+Places PlacesOf(const Arguments& arguments) {
+    const std::string workDir = arguments.Required("--workdir");
     if (arguments.positional.size() != 1) throw UsageError{"give exactly one input grid"};
     const std::string full = std::filesystem::absolute(arguments.positional[0]).string();
-    return {PathOfRaster(full), NameOfRaster(full)};
+    return {workDir, PathOfRaster(full), NameOfRaster(full)};
 }
 
 bool IsBroad(const Arguments& arguments) {
@@ -33,20 +36,17 @@ bool IsBroad(const Arguments& arguments) {
     return scale == "broad";
 }
 
-// Starts a session in the working folder, which is made if it is missing.
-void StartSession(const Arguments& arguments) {
+// Starts a session in the working folder, which is made if it is missing;
+// writes the input's folder and name into the stage's two variables and opens
+// it: null, reported, when it can't be opened.
+raster::RasterDatasetPtr StartSession(const Places& places, std::string& path, std::string& name) {
     ResetSession();
     g_b_StandAloneRun = true;
-    g_s_WorkingDir = arguments.Required("--workdir");
+    g_s_WorkingDir = places.workDir;
     std::filesystem::create_directories(g_s_WorkingDir);
-}
-
-// Writes the input's folder and name into the session's two variables and
-// opens it; null, reported, when it can't be opened.
-raster::RasterDatasetPtr OpenInto(const Address& input, std::string& path, std::string& name) {
-    path = input.path;
-    name = input.name;
-    return OpenRasterDataset(input.path, input.name);
+    path = places.path;
+    name = places.name;
+    return OpenRasterDataset(places.path, places.name);
 }
 
 // Prints where a stage's grid was stored; false when nothing was.
@@ -63,10 +63,9 @@ int RunBpi(const Arguments& arguments) {
     const std::string inner = arguments.Required("--inner");
     const std::string outer = arguments.Required("--outer");
     const std::string name = arguments.Optional("--name");
-    const Address input = InputAddress(arguments);
+    const Places places = PlacesOf(arguments);
     return RunReported("bpi", arguments.Has("--trace"), [&] {
-        StartSession(arguments);
-        g_p_BPI_RasterDataset = OpenInto(input, g_s_BPI_DataPath, g_s_BPI_DataSet);
+        g_p_BPI_RasterDataset = StartSession(places, g_s_BPI_DataPath, g_s_BPI_DataSet);
         if (!g_p_BPI_RasterDataset) return false;
         std::string& innerRadius =
             broad ? g_i_SmScaleBPI_inner_radius : g_i_LgScaleBPI_inner_radius;
@@ -83,12 +82,11 @@ int RunBpi(const Arguments& arguments) {
 int RunStandardize(const Arguments& arguments) {
     const bool broad = IsBroad(arguments);
     const std::string name = arguments.Optional("--name");
-    const Address input = InputAddress(arguments);
+    const Places places = PlacesOf(arguments);
     return RunReported("standardize", arguments.Has("--trace"), [&] {
-        StartSession(arguments);
         raster::RasterDatasetPtr& bpi = broad ? g_p_SS_BPI_RasterDataset : g_p_LS_BPI_RasterDataset;
-        bpi = OpenInto(input, broad ? g_s_SS_BPI_InputDataPath : g_s_LS_BPI_InputDataPath,
-                       broad ? g_s_SS_BPI_InputDataSet : g_s_LS_BPI_InputDataSet);
+        bpi = StartSession(places, broad ? g_s_SS_BPI_InputDataPath : g_s_LS_BPI_InputDataPath,
+                           broad ? g_s_SS_BPI_InputDataSet : g_s_LS_BPI_InputDataSet);
         if (!bpi) return false;
         double& mean = broad ? g_d_SS_BPI_Mean : g_d_LS_BPI_Mean;
         double& deviation = broad ? g_d_SS_BPI_StdDev : g_d_LS_BPI_StdDev;
@@ -107,10 +105,9 @@ int RunResample(const Arguments& arguments) {
     const std::string name = arguments.Required("--name");
     const std::string cellSize = arguments.Required("--cell-size");
     const std::string method = arguments.Optional("--method", "Cubic Convolution");
-    const Address input = InputAddress(arguments);
+    const Places places = PlacesOf(arguments);
     return RunReported("resample", arguments.Has("--trace"), [&] {
-        StartSession(arguments);
-        g_p_InputRasterDataset = OpenInto(input, g_s_InputDataPath, g_s_InputDataSet);
+        g_p_InputRasterDataset = StartSession(places, g_s_InputDataPath, g_s_InputDataSet);
         if (!g_p_InputRasterDataset) return false;
         ResampleRas(g_p_InputRasterDataset->CreateDefaultRaster(), cellSize, method, name);
         return Stored(g_p_BPI_RasterDataset);
@@ -119,11 +116,10 @@ int RunResample(const Arguments& arguments) {
 
 int RunRugosity(const Arguments& arguments) {
     const std::string name = arguments.Required("--name");
-    const Address input = InputAddress(arguments);
+    const Places places = PlacesOf(arguments);
     return RunReported("rugosity", arguments.Has("--trace"), [&] {
-        StartSession(arguments);
         g_p_Rugosity_RasterDataset =
-            OpenInto(input, g_s_Rugosity_InputDataPath, g_s_Rugosity_InputDataSet);
+            StartSession(places, g_s_Rugosity_InputDataPath, g_s_Rugosity_InputDataSet);
         if (!g_p_Rugosity_RasterDataset) return false;
         g_s_SaveRugosity_OutputData = name;
         BuildRugosity();

@@ -70,6 +70,7 @@ TEST_F(AnalysisCommandsTest, BpiPicksTheScaleNameAndRadiiAsGiven) {
     // Usage errors.
     EXPECT_EQ(Halvane({"bpi", "--workdir", work_, "--inner", "1", "--scale", "medium", input}), 2);
     EXPECT_EQ(Halvane({"bpi", "--workdir", work_, "--inner", "1", "--outer", "2"}), 2);
+    EXPECT_EQ(Halvane({"bpi", "--inner", "1", "--outer", "2", input}), 2);
     EXPECT_EQ(Halvane({"bpi", "--help"}), 0);
 }
 
