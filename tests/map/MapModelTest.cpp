@@ -62,35 +62,6 @@ TEST(RandomColorRampTest, ColoursAreNeitherDarkNorGreyAndNeighboursDiffer) {
     }
 }
 
-TEST(RasterUniqueValueRendererTest, CountsKeepWhatRemainsAndBadIndicesChangeNothing) {
-    RasterUniqueValueRenderer renderer;
-    renderer.HeadingCount(2);
-    renderer.ClassCount(1, 1);
-    renderer.AddValue(1, 0, 7);
-    renderer.AddValue(1, 0, -3);
-    renderer.Label(1, 0, "Depressions");
-    renderer.ClassCount(1, 3);
-    EXPECT_EQ(renderer.Label(1, 0), "Depressions");
-    EXPECT_EQ(renderer.Value(1, 0, 1), -3);
-    EXPECT_EQ(renderer.Symbol(1, 0), nullptr);  // the view's default fill
-
-    const std::vector<std::function<void()>> outOfRange = {
-        [&] { renderer.Heading(2); },       [&] { renderer.Heading(-1, "x"); },
-        [&] { renderer.ClassCount(2, 1); }, [&] { renderer.AddValue(1, 3, 5); },
-        [&] { renderer.Value(1, 0, 2); },   [&] { renderer.Label(1, -1, "x"); },
-        [&] { renderer.Symbol(0, 0, {}); }, [&] { renderer.Update(); },  // no raster: 91
-    };
-    for (std::size_t i = 0; i < outOfRange.size(); ++i) {
-        EXPECT_EQ(FailureNumber(outOfRange[i]), i + 1 < outOfRange.size()
-                                                    ? runtime::kSubscriptOutOfRange
-                                                    : runtime::kObjectNotSet)
-            << "call " << i;
-    }
-    EXPECT_EQ(FailureNumber([&] { renderer.ClassCount(1, -1); }), runtime::kInvalidProcedureCall);
-    EXPECT_EQ(renderer.ClassCount(1), 3);
-    EXPECT_EQ(renderer.ValueCount(1, 0), 2);
-}
-
 TEST(MapModelTest, RasterLayerShowsItsDatasetUnderItsName) {
     testing::TempDir dir;
     testing::WriteGrid(dir / "Zones.tif", {0, 20, 10, 10, 2, 2}, {1, 2, 3, 4}, true);
