@@ -55,13 +55,6 @@ std::vector<double> ReferenceBpi(const std::vector<double>& z, double inner, dou
 
 class AnalysisTest : public testing::StageFixture {
 protected:
-    std::vector<std::string> Executed() const {
-        std::vector<std::string> expressions;
-        for (const std::string& line : journal) {
-            if (line.rfind("Execute ", 0) == 0) expressions.push_back(line.substr(8));
-        }
-        return expressions;
-    }
     // Presses Cancel while the progress dialog shows this position.
     void CancelAt(std::int32_t position) {
         ui.onProgressMessage = [position](ui::ScriptedProgressDialog& dialog) {

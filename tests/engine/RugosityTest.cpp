@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "engine/Rugosity.h"
@@ -41,13 +42,6 @@ protected:
             }
         }
         return placed;
-    }
-    std::vector<std::string> Executed() const {
-        std::vector<std::string> expressions;
-        for (const std::string& line : journal) {
-            if (line.rfind("Execute ", 0) == 0) expressions.push_back(line.substr(8));
-        }
-        return expressions;
     }
 };
 

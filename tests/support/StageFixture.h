@@ -3,6 +3,8 @@
 // on the map algebra operators written down, and the progress dialogs'
 // steps readable as "position/maximum message".
 
+#include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -88,6 +90,15 @@ protected:
             }
         }
         return steps;
+    }
+
+    // The expressions executed, in order, from the journal.
+    std::vector<std::string> Executed() const {
+        std::vector<std::string> expressions;
+        for (const std::string& line : journal) {
+            if (line.rfind("Execute ", 0) == 0) expressions.push_back(line.substr(8));
+        }
+        return expressions;
     }
 
     std::vector<std::string> journal;
