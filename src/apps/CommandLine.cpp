@@ -4,6 +4,7 @@
 #include <iostream>
 
 #include "apps/AnalysisCommands.h"
+#include "apps/ClassifyCommands.h"
 #include "apps/RasterCommands.h"
 
 namespace halvane::apps {
@@ -99,6 +100,24 @@ const std::vector<Command>& Commands() {
          {"--workdir", "--name"},
          {"--trace"},
          RunRugosity},
+        {"classify",
+         "the whole classification: BPI at two scales, standardization, slope, zones",
+         "--workdir DIR [--dictionary FILE] [--broad INNER,OUTER] [--fine INNER,OUTER]\n"
+         "       [--resample CELLSIZE [--method METHOD]] [--name NAME] [--trace] INPUT\n\n"
+         "Runs the wizard's whole route on a projected bathymetric grid and prints the\n"
+         "zone grid's path and its table of classes. Radii are in cells (broad 1,5 and\n"
+         "fine 1,3 unless given); the dictionary is the default one beside the program\n"
+         "unless given; the zone grid is named ZONES unless given. With --resample the\n"
+         "input is first resampled to NAME_res.",
+         {"--workdir", "--dictionary", "--broad", "--fine", "--resample", "--method", "--name"},
+         {"--trace"},
+         RunClassify},
+        {"dictionary",
+         "a classification dictionary as a table",
+         "show FILE",
+         {},
+         {},
+         RunDictionary},
         {"info",
          "size, cell size, extent, type, statistics and value table of a grid",
          "[--json] PATH",

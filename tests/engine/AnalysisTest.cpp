@@ -25,34 +25,6 @@ std::vector<double> Depths() {
     return values;
 }
 
-// The BPI by its definition: the cell minus the mean of the valid cells whose
-// centres lie in the ring inner < d <= outer, plus .5, cut toward zero.
-std::vector<double> ReferenceBpi(const std::vector<double>& z, double inner, double outer) {
-    std::vector<double> out(z.size(), testing::kNoData);
-    const int cols = static_cast<int>(kGrid.cols), rows = static_cast<int>(kGrid.rows);
-    const int reach = static_cast<int>(std::ceil(outer));
-    for (int r = 0; r < rows; ++r) {
-        for (int c = 0; c < cols; ++c) {
-            if (std::isnan(z[r * cols + c])) continue;
-            double sum = 0;
-            int count = 0;
-            for (int dr = -reach; dr <= reach; ++dr) {
-                for (int dc = -reach; dc <= reach; ++dc) {
-                    const double d = std::hypot(dr, dc);
-                    const int rr = r + dr, cc = c + dc;
-                    if (d <= inner || d > outer || rr < 0 || cc < 0 || rr >= rows || cc >= cols)
-                        continue;
-                    if (std::isnan(z[rr * cols + cc])) continue;
-                    sum += z[rr * cols + cc];
-                    ++count;
-                }
-            }
-            if (count > 0) out[r * cols + c] = std::trunc(z[r * cols + c] - sum / count + .5);
-        }
-    }
-    return out;
-}
-
 class AnalysisTest : public testing::StageFixture {
 protected:
     // Presses Cancel while the progress dialog shows this position.
@@ -94,7 +66,7 @@ TEST_F(AnalysisTest, BroadBpiOfASmallGridFollowsItsDefinition) {
     EXPECT_EQ(g_i_SmScaleBPI_outer_radius, "");
     raster::RasterPtr saved = g_p_SS_BPI_RasterDataset->CreateDefaultRaster();
     EXPECT_TRUE(saved->IsInteger());
-    testing::ExpectCells(testing::ReadAll(saved), ReferenceBpi(Depths(), 1, 3));
+    testing::ExpectCells(testing::ReadAll(saved), testing::ReferenceBpi(kGrid, Depths(), 1, 3));
     EXPECT_TRUE(Reports().empty());
 }
 
@@ -107,7 +79,7 @@ TEST_F(AnalysisTest, FineAndOtherTagsFillTheFineVariablesUnderTheirNames) {
     EXPECT_EQ(g_s_LS_BPI_InputDataSet, "fine_2");
     ASSERT_NE(g_p_LS_BPI_RasterDataset, nullptr);
     testing::ExpectCells(testing::ReadAll(g_p_LS_BPI_RasterDataset->CreateDefaultRaster()),
-                         ReferenceBpi(Depths(), 1.5, 2.5));
+                         testing::ReferenceBpi(kGrid, Depths(), 1.5, 2.5));
 
     inner = "1", outer = "2";
     ASSERT_NE(BPI_Build(input, inner, outer, "", "Medium", 0), nullptr);

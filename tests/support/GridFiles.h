@@ -93,4 +93,33 @@ inline std::vector<double> Surface(const raster::Grid& grid, bool whole, int see
     return values;
 }
 
+// The BPI by its definition: the cell minus the mean of the valid cells whose
+// centres lie in the ring inner < d <= outer, plus .5, cut toward zero.
+inline std::vector<double> ReferenceBpi(const raster::Grid& grid, const std::vector<double>& z,
+                                        double inner, double outer) {
+    std::vector<double> out(z.size(), kNoData);
+    const int cols = static_cast<int>(grid.cols), rows = static_cast<int>(grid.rows);
+    const int reach = static_cast<int>(std::ceil(outer));
+    for (int r = 0; r < rows; ++r) {
+        for (int c = 0; c < cols; ++c) {
+            if (std::isnan(z[r * cols + c])) continue;
+            double sum = 0;
+            int count = 0;
+            for (int dr = -reach; dr <= reach; ++dr) {
+                for (int dc = -reach; dc <= reach; ++dc) {
+                    const double d = std::hypot(dr, dc);
+                    const int rr = r + dr, cc = c + dc;
+                    if (d <= inner || d > outer || rr < 0 || cc < 0 || rr >= rows || cc >= cols)
+                        continue;
+                    if (std::isnan(z[rr * cols + cc])) continue;
+                    sum += z[rr * cols + cc];
+                    ++count;
+                }
+            }
+            if (count > 0) out[r * cols + c] = std::trunc(z[r * cols + c] - sum / count + .5);
+        }
+    }
+    return out;
+}
+
 }  // namespace halvane::testing
