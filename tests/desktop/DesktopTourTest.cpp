@@ -12,7 +12,10 @@
 #include <QStatusBar>
 #include <QToolButton>
 #include <QTreeWidget>
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
+#include <optional>
 #include <set>
 
 #include "apps/desktop/LayerList.h"
@@ -23,6 +26,7 @@
 #include "engine/Session.h"
 #include "host/component/Registry.h"
 #include "support/GridFiles.h"
+#include "synth/Synth.h"
 #include "support/PageDesktop.h"
 
 namespace halvane {
@@ -102,20 +106,23 @@ TEST_F(DesktopTourTest, ToolbarMenuCommandsAndTheLabelledZoneLayer) {
     // The wizard shows its welcome page with this window's application.
     Entry(*menu, "Halvane Classification Wizard")->trigger();
     EXPECT_EQ(ShownPages(), std::vector<std::string>{"frmIntro"});
-    EXPECT_EQ(pages::frmIntro->m_pApp, window->App());
+    EXPECT_EQ(pages::frmIntro.Get().m_pApp, window->App());
     EXPECT_FALSE(g_b_StandAloneRun);
     // A stand-alone stage first asks for its data.
     Entry(*menu, "Build Broad Scale BPI")->trigger();
     EXPECT_EQ(ShownPages(), (std::vector<std::string>{"frmIntro", "frmZoneStep1_reqdata"}));
-    EXPECT_EQ(pages::frmZoneStep1->m_pApp, window->App());
+    EXPECT_EQ(pages::frmZoneStep1.Get().m_pApp, window->App());
     EXPECT_TRUE(g_b_StandAloneRun);
     for (pages::PageSlot* page : pages::AllPageSlots()) {
         if (page->Loaded()) page->Get().hide();
     }
 
     // Bathymetry from File > Open Raster: a stretched grid.
-    const raster::Grid bathymetry{500000, 4650000, 10, 10, 160, 100};
-    testing::WriteGrid(dir_ / "bathymetry.tif", bathymetry, testing::Surface(bathymetry, false));
+    synth::Params relief;
+    relief.cols = 200;
+    relief.rows = 120;
+    relief.seed = 3;
+    synth::WriteGeoTiff(relief, dir_ / "bathymetry.tif");
     ui.Select({dir_ / "bathymetry.tif"});
     window->OpenRaster();
     auto& layers = window->Layers();
@@ -125,17 +132,28 @@ TEST_F(DesktopTourTest, ToolbarMenuCommandsAndTheLabelledZoneLayer) {
     EXPECT_EQ(ramp[0], "Value");
     EXPECT_EQ(ramp[1].rfind("High : ", 0), 0u);
 
-    // The zone grid, over part of the bathymetry: classes 1 to 4 in blocks of
-    // 20 x 20 cells, and a class 7 the dictionary has no record for.
-    const raster::Grid zones{500200, 4649800, 10, 10, 100, 40};
-    std::vector<double> cells(zones.Cells());
+    // A zone grid over the middle of it: four depth bands of equal share,
+    // shallow first, as an integer grid with its table.
+    const std::vector<double> depths = testing::ReadAll(testing::OpenRaster(dir_ / "bathymetry.tif"));
+    const raster::Grid zones{synth::kOriginX + 40 * relief.cell, synth::kOriginY - 20 * relief.cell,
+                             relief.cell, relief.cell, 120, 80};
+    auto depthAt = [&](std::int64_t c, std::int64_t r) { return depths[(r + 20) * relief.cols + c + 40]; };
+    std::vector<double> sorted;
     for (std::int64_t i = 0; i < zones.Cells(); ++i) {
-        const std::int64_t block = (i % zones.cols) / 20 + 5 * ((i / zones.cols) / 20);
-        cells[i] = block < 4 ? 1 + block : block == 9 ? testing::kNoData : 7;
+        if (const double d = depthAt(i % zones.cols, i / zones.cols); !std::isnan(d)) sorted.push_back(d);
+    }
+    std::sort(sorted.begin(), sorted.end(), std::greater<>());
+    std::vector<double> cells(zones.Cells(), testing::kNoData);
+    for (std::int64_t i = 0; i < zones.Cells(); ++i) {
+        const double d = depthAt(i % zones.cols, i / zones.cols);
+        if (std::isnan(d)) continue;
+        int band = 1;
+        while (band < 4 && d < sorted[band * sorted.size() / 4]) ++band;
+        cells[i] = band;
     }
     testing::WriteGrid(dir_ / "zones.tif", zones, cells, true);
     g_dict_Zones = std::make_shared<ZoneDictionary>(ZoneDictionary{
-        {1, "Flat Plains"}, {2, "Depressions"}, {3, "Crests"}, {4, "Steep Slopes"}});
+        {1, "Shelf"}, {2, "Shelf Break"}, {3, "Slope"}, {4, "Basin"}});
     map::MxDocumentPtr doc;
     map::MapPtr map;
     const map::RasterLayerPtr layer =
@@ -145,33 +163,51 @@ TEST_F(DesktopTourTest, ToolbarMenuCommandsAndTheLabelledZoneLayer) {
     ASSERT_EQ(layers.topLevelItemCount(), 2);
     EXPECT_EQ(layers.topLevelItem(0)->text(0), QStringLiteral("zones"));
     EXPECT_EQ(LegendLines(layers, 0),
-              (std::vector<std::string>{"All Data Values", "Flat Plains", "Depressions", "Crests",
-                                        "Steep Slopes", ""}));
+              (std::vector<std::string>{"All Data Values", "Shelf", "Shelf Break", "Slope", "Basin"}));
 
-    // Zoomed to the zones, the centre of each block is drawn in its class's colour.
+    // Zoomed to the zones, a cell amid each class is drawn in the class's colour.
     window->View().ZoomTo(layer->Raster()->Extent());
     const QImage drawn = window->View().grab().toImage();
     const auto& renderer = dynamic_cast<const map::RasterUniqueValueRenderer&>(*layer->Renderer());
+    auto amid = [&](double value) -> std::optional<raster::Pnt> {
+        for (std::int64_t r = 3; r + 3 < zones.rows; ++r) {
+            for (std::int64_t c = 3; c + 3 < zones.cols; ++c) {
+                bool same = true;
+                for (std::int64_t i = -3; i <= 3 && same; ++i) {
+                    for (std::int64_t j = -3; j <= 3 && same; ++j) {
+                        same = cells[(r + i) * zones.cols + c + j] == value;
+                    }
+                }
+                if (same) return raster::Pnt{zones.left + (c + 0.5) * zones.cellX,
+                                             zones.top - (r + 0.5) * zones.cellY};
+            }
+        }
+        return std::nullopt;
+    };
+    ASSERT_EQ(renderer.ClassCount(0), 4);
+    std::optional<raster::Pnt> basin;
     for (int k = 0; k < renderer.ClassCount(0); ++k) {
         const int value = renderer.Value(0, k, 0);
-        const int block = value == 7 ? 4 : value - 1;  // the first block of the value
-        const raster::Pnt centre{zones.left + (block % 5 * 20 + 10) * zones.cellX,
-                                 zones.top - (block / 5 * 20 + 10) * zones.cellY};
-        const QPoint pixel = window->View().ToPixel(centre).toPoint();
+        const auto centre = amid(value);
+        ASSERT_TRUE(centre) << "no wide patch of class " << value;
+        if (value == 4) basin = centre;
         const map::Color want = renderer.Symbol(0, k)->Color();
-        EXPECT_EQ(QColor(drawn.pixel(pixel)), QColor(want.red, want.green, want.blue))
+        EXPECT_EQ(QColor(drawn.pixel(window->View().ToPixel(*centre).toPoint())),
+                  QColor(want.red, want.green, want.blue))
             << "class " << value;
     }
     // The status bar tells where the cursor is and the top layer's value there.
-    const QPointF over = window->View().ToPixel({zones.left + 75 * 10, zones.top - 5 * 10});
-    QMouseEvent move(QEvent::MouseMove, over, Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+    QMouseEvent move(QEvent::MouseMove, window->View().ToPixel(*basin), Qt::NoButton,
+                     Qt::NoButton, Qt::NoModifier);
     QCoreApplication::sendEvent(&window->View(), &move);
-    const auto* position = window->statusBar()->findChild<QLabel*>(QStringLiteral("cursorPosition"));
+    const auto* position =
+        window->statusBar()->findChild<QLabel*>(QStringLiteral("cursorPosition"));
     ASSERT_NE(position, nullptr);
-    EXPECT_TRUE(position->text().endsWith(QStringLiteral("Value: 4"))) << position->text().toStdString();
+    EXPECT_TRUE(position->text().endsWith(QStringLiteral("Value: 4")))
+        << position->text().toStdString();
 
-    // Zoomed out a step to show the bathymetry round the zones, with the menu open.
-    window->View().Zoom(0.6);
+    // The whole map, the zones amid the bathymetry, with the menu open.
+    window->View().ZoomToFullExtent();
     menu->popup(toolbar->mapToGlobal(toolbar->rect().bottomLeft()));
     QCoreApplication::processEvents();
     QImage picture = window->grab().toImage();
