@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QDir>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPainter>
@@ -28,6 +27,7 @@
 #include "support/GridFiles.h"
 #include "synth/Synth.h"
 #include "support/PageDesktop.h"
+#include "support/Screenshot.h"
 
 namespace halvane {
 namespace {
@@ -218,9 +218,7 @@ TEST_F(DesktopTourTest, ToolbarMenuCommandsAndTheLabelledZoneLayer) {
         painter.drawPixmap(menu->geometry().topLeft() - window->geometry().topLeft(), menu->grab());
     }
     menu->hide();
-    const QString folder = QStringLiteral(HALVANE_SCREENSHOT_DIR);
-    ASSERT_TRUE(QDir().mkpath(folder));
-    ASSERT_TRUE(picture.save(QDir(folder).filePath(QStringLiteral("desktop-tour.png"))));
+    testing::SaveScreenshot(testing::WithTitleBar(picture, window->windowTitle()), "desktop-tour");
 }
 
 }  // namespace
