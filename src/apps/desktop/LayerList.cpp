@@ -1,6 +1,5 @@
 #include "apps/desktop/LayerList.h"
 
-#include <QHeaderView>
 #include <QMenu>
 #include <QPainter>
 #include <QPixmap>

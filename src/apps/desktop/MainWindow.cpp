@@ -1,7 +1,6 @@
 #include "apps/desktop/MainWindow.h"
 
 #include <QAction>
-#include <QApplication>
 #include <QDockWidget>
 #include <QMenu>
 #include <QMenuBar>

@@ -6,7 +6,6 @@
 
 #include <QImage>
 #include <QWidget>
-#include <functional>
 #include <optional>
 
 #include "platform/map/Map.h"

@@ -377,6 +377,10 @@ std::vector<double> EvaluateWindow(const NodePtr& root, const Window& window) {
 
 void Node::ComputeSampled(const Window& window, std::int64_t cols, std::int64_t rows,
                           EvalContext& context, double* out) const {
+    if (cols == window.cols && rows == window.rows) {
+        Compute(window, context, out);
+        return;
+    }
     std::vector<std::int64_t> picked(static_cast<std::size_t>(cols));
     for (std::int64_t j = 0; j < cols; ++j) picked[j] = SampledIndex(j, cols, window.cols);
     for (std::int64_t i = 0; i < rows; ++i) {
