@@ -113,9 +113,6 @@ TEST_F(DesktopTourTest, ToolbarMenuCommandsAndTheLabelledZoneLayer) {
     EXPECT_EQ(ShownPages(), (std::vector<std::string>{"frmIntro", "frmZoneStep1_reqdata"}));
     EXPECT_EQ(pages::frmZoneStep1.Get().m_pApp, window->App());
     EXPECT_TRUE(g_b_StandAloneRun);
-    for (pages::PageSlot* page : pages::AllPageSlots()) {
-        if (page->Loaded()) page->Get().hide();
-    }
 
     // Bathymetry from File > Open Raster: a stretched grid.
     synth::Params relief;
