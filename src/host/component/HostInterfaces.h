@@ -1,5 +1,5 @@
 #pragma once
-// The host interfaces of the component (Part 4.1), shared by the component
+// The host interfaces of the component, shared by the component
 // library and the host that loads it. They stand for the host framework's
 // COM interfaces: ICommand, IToolBarDef, IMenuDef, IRootLevelMenu, IItemDef,
 // with their operations in the order of their slots.

@@ -9,7 +9,6 @@
 #include <optional>
 #include <sstream>
 
-
 namespace halvane::host {
 namespace {
 

@@ -1,5 +1,5 @@
 // halvane-regsvr: registers the component's classes in the registry that
-// halvane-desktop reads, as regsvr32 does for a COM server.
+// halvane-desktop reads, or removes them again.
 //
 //     halvane-regsvr [-u] [library]
 //
@@ -29,9 +29,9 @@ int main(int argc, char** argv) {
     }
     if (library.empty()) {
         std::error_code error;
-        library = (fs::read_symlink("/proc/self/exe", error).parent_path() /
-                   "libhalvane_component.so")
-                      .string();
+        library =
+            (fs::read_symlink("/proc/self/exe", error).parent_path() / "libhalvane_component.so")
+                .string();
     }
     library = fs::absolute(library).string();
     std::string error;
