@@ -181,5 +181,47 @@ TEST(EvaluatorTest, TilesAndThreadsGiveTheWholeGridResult) {
     Settings() = saved;
 }
 
+// A drawing reads a grid thinned out; stored and computed grids must pick the
+// cell under each sample's centre, as a plain loop over all cells does.
+TEST(EvaluatorTest, SampledReadsPickTheCellUnderEachSampleCentre) {
+    testing::TempDir dir;
+    const Grid grid{500, 9000, 10, 10, 61, 47};
+    std::vector<double> values = testing::Surface(grid, false);
+    for (std::size_t i = 2; i < values.size(); i += 7) values[i] = kNoData;
+    testing::WriteGrid(dir / "bathy.tif", grid, values);
+    RasterPtr stored = testing::OpenRaster(dir / "bathy.tif");
+    RasterMapAlgebraOp op;
+    op.BindRaster(stored, "inRaster");
+    RasterPtr computed = op.Execute("Focalmean([inRaster], annulus, 1, 2) * 2");
+    const std::vector<double> storedAll = testing::ReadAll(stored);
+    const std::vector<double> computedAll = testing::ReadAll(computed);
+
+    using Source = std::pair<RasterPtr, const std::vector<double>*>;
+    const Source sources[] = {{stored, &storedAll}, {computed, &computedAll}};
+    const Window window{5, 3, 50, 40};
+    const std::pair<std::int64_t, std::int64_t> sizes[] = {{7, 9}, {50, 40}, {1, 1}, {13, 40}};
+    for (const auto& [cols, rows] : sizes) {
+        for (const auto& [raster, all] : sources) {
+            const std::vector<double> sampled = raster->ReadSampled(window, cols, rows);
+            ASSERT_EQ(sampled.size(), static_cast<std::size_t>(cols * rows));
+            for (std::int64_t i = 0; i < rows; ++i) {
+                for (std::int64_t j = 0; j < cols; ++j) {
+                    const auto r = window.row0 + static_cast<std::int64_t>(
+                                                     (i + 0.5) * double(window.rows) / double(rows));
+                    const auto c = window.col0 + static_cast<std::int64_t>(
+                                                     (j + 0.5) * double(window.cols) / double(cols));
+                    const double want = (*all)[r * grid.cols + c];
+                    const double got = sampled[i * cols + j];
+                    ASSERT_TRUE(got == want || (std::isnan(got) && std::isnan(want)))
+                        << (raster == stored ? "stored" : "computed") << " " << cols << "x"
+                        << rows << " at " << i << "," << j;
+                }
+            }
+        }
+    }
+    EXPECT_THROW(stored->ReadSampled({-1, 0, 10, 10}, 5, 5), runtime::Failure);
+    EXPECT_THROW(stored->ReadSampled({0, 0, 10, 10}, 11, 5), runtime::Failure);
+}
+
 }  // namespace
 }  // namespace halvane::raster

@@ -5,11 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include <QDir>
-#include <QImage>
 #include <QMessageBox>
-#include <QPainter>
-#include <QPixmap>
 #include <set>
 
 #include "host/ErrorHandling.h"
@@ -17,6 +13,7 @@
 #include "platform/runtime/Failure.h"
 #include "platform/ui/qt/QtDialogs.h"
 #include "support/PageDesktop.h"
+#include "support/Screenshot.h"
 
 namespace halvane {
 namespace {
@@ -25,29 +22,12 @@ using namespace ui::qt;
 
 class ScreenshotTest : public testing::PageDesktop {
 protected:
-    // The offscreen platform draws no window frame; a plain title bar shows
-    // the caption a user would read above the window.
-    static QPixmap WithTitleBar(const QPixmap& content, const QString& title) {
-        const int bar = 26;
-        QPixmap framed(content.width() + 2, content.height() + bar + 1);
-        framed.fill(QColor(0x5a, 0x6a, 0x7a));
-        QPainter painter(&framed);
-        painter.fillRect(1, 1, content.width(), bar - 1, QColor(0x2f, 0x4f, 0x6f));
-        painter.setPen(Qt::white);
-        painter.drawText(QRect(10, 1, content.width() - 20, bar - 1), Qt::AlignVCenter, title);
-        painter.drawPixmap(1, bar, content);
-        return framed;
-    }
-
     static void Photograph(QWidget& window, const char* name) {
         window.resize(window.size().expandedTo(window.sizeHint()));
         window.show();
         QCoreApplication::processEvents();
-        const QString folder = QStringLiteral(HALVANE_SCREENSHOT_DIR);
-        ASSERT_TRUE(QDir().mkpath(folder));
-        const QString file = QDir(folder).filePath(QString::fromLatin1(name) + ".png");
-        const QImage image = WithTitleBar(window.grab(), window.windowTitle()).toImage();
-        ASSERT_TRUE(image.save(file)) << file.toStdString();
+        const QImage image = testing::WithTitleBar(window.grab().toImage(), window.windowTitle());
+        testing::SaveScreenshot(image, name);
 
         // Text, icons and frames make for many shades; a blank window has one or two.
         std::set<QRgb> shades;

@@ -375,4 +375,35 @@ std::vector<double> EvaluateWindow(const NodePtr& root, const Window& window) {
     return *block;
 }
 
+void Node::ComputeSampled(const Window& window, std::int64_t cols, std::int64_t rows,
+                          EvalContext& context, double* out) const {
+    if (cols == window.cols && rows == window.rows) {
+        Compute(window, context, out);
+        return;
+    }
+    std::vector<std::int64_t> picked(static_cast<std::size_t>(cols));
+    for (std::int64_t j = 0; j < cols; ++j) picked[j] = SampledIndex(j, cols, window.cols);
+    for (std::int64_t i = 0; i < rows; ++i) {
+        const Window row{window.col0, window.row0 + SampledIndex(i, rows, window.rows),
+                         window.cols, 1};
+        Block cells = context.NewBlock(row.Cells());
+        Compute(row, context, cells->data());
+        for (std::int64_t j = 0; j < cols; ++j) out[i * cols + j] = (*cells)[picked[j]];
+        context.EndTile();
+    }
+}
+
+std::vector<double> EvaluateSampled(const NodePtr& root, const Window& window, std::int64_t cols,
+                                    std::int64_t rows) {
+    const Grid& g = root->grid;
+    if (cols < 1 || rows < 1 || cols > window.cols || rows > window.rows || window.col0 < 0 ||
+        window.row0 < 0 || window.col0 + window.cols > g.cols || window.row0 + window.rows > g.rows) {
+        throw runtime::RuntimeFailure(runtime::kInvalidProcedureCall);
+    }
+    EvalContext context(root);
+    std::vector<double> out(static_cast<std::size_t>(cols * rows));
+    root->ComputeSampled(window, cols, rows, context, out.data());
+    return out;
+}
+
 }  // namespace halvane::raster

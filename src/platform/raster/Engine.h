@@ -64,6 +64,13 @@ public:
     // node in its own grid.
     virtual void Compute(const Window& window, EvalContext& context, double* out) const = 0;
 
+    // Fills out (cols x rows values, row by row) with the cells of `window`,
+    // which lies within the grid, thinned out to cols x rows: each output cell
+    // takes the cell under its centre. A drawing of a large grid needs a few
+    // cells of many, so this computes only the rows it keeps.
+    virtual void ComputeSampled(const Window& window, std::int64_t cols, std::int64_t rows,
+                                EvalContext& context, double* out) const;
+
     // A node without a grid stands for one value on every cell.
     bool IsScalar() const { return scalar; }
 
@@ -139,5 +146,17 @@ void EvaluateTiles(const NodePtr& root,
 
 // The cells of root over one window, on the calling thread.
 std::vector<double> EvaluateWindow(const NodePtr& root, const Window& window);
+
+// The cell of `window` under the centre of each cell of a cols x rows lattice
+// laid over it, on the calling thread. The window must lie within root's grid
+// and hold at least cols x rows cells; anything else fails with 5.
+std::vector<double> EvaluateSampled(const NodePtr& root, const Window& window, std::int64_t cols,
+                                    std::int64_t rows);
+
+// Index of the source cell under the centre of sample `index` when `count`
+// samples cover `cells` cells.
+inline std::int64_t SampledIndex(std::int64_t index, std::int64_t count, std::int64_t cells) {
+    return (2 * index + 1) * cells / (2 * count);
+}
 
 }  // namespace halvane::raster

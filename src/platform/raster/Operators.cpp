@@ -74,25 +74,43 @@ public:
         const std::int64_t c1 = std::min(window.col0 + window.cols, grid.cols);
         const std::int64_t r1 = std::min(window.row0 + window.rows, grid.rows);
         if (c0 >= c1 || r0 >= r1) return;
+        Read({c0, r0, c1 - c0, r1 - r0}, c1 - c0, r1 - r0, window.cols, context,
+             out + (r0 - window.row0) * window.cols + (c0 - window.col0));
+    }
+
+    // GDAL picks the same cells, and reads them from an overview when the
+    // file has one.
+    void ComputeSampled(const Window& window, std::int64_t cols, std::int64_t rows,
+                        EvalContext& context, double* out) const override {
+        Read(window, cols, rows, cols, context, out);
+    }
+
+private:
+    // The cells of `window` (within the grid) at cols x rows into out, whose
+    // rows are `stride` values apart.
+    void Read(const Window& window, std::int64_t cols, std::int64_t rows, std::int64_t stride,
+              EvalContext& context, double* out) const {
         auto dataset = static_cast<GDALDatasetH>(context.DatasetHandle(band_.path));
-        double* first = out + (r0 - window.row0) * window.cols + (c0 - window.col0);
+        GDALRasterIOExtraArg extra;
+        INIT_RASTERIO_EXTRA_ARG(extra);
+        extra.eResampleAlg = GRIORA_NearestNeighbour;
         const CPLErr err = GDALRasterIOEx(
-            GDALGetRasterBand(dataset, 1), GF_Read, static_cast<int>(c0), static_cast<int>(r0),
-            static_cast<int>(c1 - c0), static_cast<int>(r1 - r0), first, static_cast<int>(c1 - c0),
-            static_cast<int>(r1 - r0), GDT_Float64, sizeof(double),
-            static_cast<GSpacing>(sizeof(double) * window.cols), nullptr);
+            GDALGetRasterBand(dataset, 1), GF_Read, static_cast<int>(window.col0),
+            static_cast<int>(window.row0), static_cast<int>(window.cols),
+            static_cast<int>(window.rows), out, static_cast<int>(cols), static_cast<int>(rows),
+            GDT_Float64, sizeof(double), static_cast<GSpacing>(sizeof(double) * stride), &extra);
         if (err != CE_None) {
             throw EngineFailure("Cannot read raster '" + band_.path + "': " + CPLGetLastErrorMsg());
         }
-        for (std::int64_t r = r0; r < r1; ++r) {
-            double* row = out + (r - window.row0) * window.cols + (c0 - window.col0);
-            for (std::int64_t c = 0; c < c1 - c0; ++c) {
-                if (band_.hasNoData && row[c] == band_.noData) row[c] = kNoData;
+        if (!band_.hasNoData) return;
+        for (std::int64_t r = 0; r < rows; ++r) {
+            double* row = out + r * stride;
+            for (std::int64_t c = 0; c < cols; ++c) {
+                if (row[c] == band_.noData) row[c] = kNoData;
             }
         }
     }
 
-private:
     StoredBand band_;
 };
 

@@ -578,4 +578,10 @@ std::vector<double> Raster::Read(const Window& window) const {
     return EvaluateWindow(node_, window);
 }
 
+std::vector<double> Raster::ReadSampled(const Window& window, std::int64_t cols,
+                                        std::int64_t rows) const {
+    EnsureGdal();
+    return EvaluateSampled(node_, window, cols, rows);
+}
+
 }  // namespace halvane::raster

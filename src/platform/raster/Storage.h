@@ -146,6 +146,11 @@ public:
 
     // The cells of a window, row by row; NaN is NoData.
     std::vector<double> Read(const Window& window) const;
+    // The cells of a window within the grid thinned out to cols x rows, each
+    // the cell under the centre of its sample; for drawing a grid at a scale
+    // where it has more cells than the screen has pixels.
+    std::vector<double> ReadSampled(const Window& window, std::int64_t cols,
+                                    std::int64_t rows) const;
 
 private:
     NodePtr node_;

@@ -1,0 +1,27 @@
+// halvane-desktop [RASTER]...: the desktop host. Registers the component on
+// first run, loads it, and opens the rasters given as layers.
+
+#include <QApplication>
+#include <QStatusBar>
+
+#include "apps/desktop/MainWindow.h"
+#include "apps/desktop/Registration.h"
+#include "platform/ui/qt/QtServices.h"
+
+int main(int argc, char** argv) {
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Halvane"));
+    halvane::ui::qt::QtServices services;
+    halvane::ui::ServicesScope scope(services);
+
+    halvane::desktop::MainWindow window;
+    std::string error;
+    if (!halvane::desktop::EnsureComponentRegistered(HALVANE_COMPONENT_LIBRARY, error)) {
+        window.statusBar()->showMessage(QString::fromStdString(error));
+    } else {
+        window.LoadComponent();
+    }
+    for (const QString& path : QApplication::arguments().mid(1)) window.AddRaster(path.toStdString());
+    window.show();
+    return application.exec();
+}
