@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <fstream>
 #include <optional>
 #include <set>
 
@@ -82,6 +83,11 @@ protected:
 };
 
 TEST_F(DesktopTourTest, ToolbarMenuCommandsAndTheLabelledZoneLayer) {
+    // Another build's component, registered earlier, gives way to this one's.
+    const std::string elsewhere = dir_ / "libhalvane_component.so";
+    std::ofstream(elsewhere) << "another build";
+    host::RegisterEntries(
+        {{"Halvane.clsToolbar", "{F7EA5D5C-DD5A-41B2-B602-90BBA0066560}", elsewhere}});
     auto window = StartDesktop();
     ASSERT_FALSE(host::ReadRegistry().empty());
 

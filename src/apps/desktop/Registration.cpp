@@ -10,9 +10,15 @@
 namespace halvane::desktop {
 
 bool EnsureComponentRegistered(const std::string& library, std::string& error) {
+    // The desktop shares its core library with the component, so a component
+    // of another build (another checkout, an older install) would bring a
+    // second core into the process: only this build's component will do.
+    std::error_code ec;
+    const std::filesystem::path ours = std::filesystem::weakly_canonical(library, ec);
     for (const host::RegistryEntry& entry : host::ReadRegistry()) {
-        std::error_code ec;
-        if (entry.progId == "Halvane.clsToolbar" && std::filesystem::exists(entry.library, ec)) {
+        if (entry.progId == "Halvane.clsToolbar" &&
+            std::filesystem::weakly_canonical(entry.library, ec) == ours &&
+            std::filesystem::exists(ours, ec)) {
             return true;
         }
     }
