@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "apps/CommandLine.h"
+#include "support/Halvane.h"
 #include "platform/runtime/Convert.h"
 #include "support/GridFiles.h"
 
@@ -15,12 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-int Halvane(std::vector<std::string> args) {
-    args.insert(args.begin(), "halvane");
-    std::vector<char*> argv;
-    for (std::string& arg : args) argv.push_back(arg.data());
-    return Main(static_cast<int>(argv.size()), argv.data());
-}
+using testing::Halvane;
 
 std::vector<double> Cells(const std::string& path) {
     return testing::ReadAll(testing::OpenRaster(path));

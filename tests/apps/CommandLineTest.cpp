@@ -6,17 +6,13 @@
 #include <filesystem>
 
 #include "apps/CommandLine.h"
+#include "support/Halvane.h"
 #include "support/GridFiles.h"
 
 namespace halvane::apps {
 namespace {
 
-int Halvane(std::vector<std::string> args) {
-    args.insert(args.begin(), "halvane");
-    std::vector<char*> argv;
-    for (std::string& arg : args) argv.push_back(arg.data());
-    return Main(static_cast<int>(argv.size()), argv.data());
-}
+using testing::Halvane;
 
 class CommandLineTest : public ::testing::Test {
 protected:

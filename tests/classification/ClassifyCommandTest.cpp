@@ -7,6 +7,7 @@
 #include <numeric>
 
 #include "apps/CommandLine.h"
+#include "support/Halvane.h"
 #include "classification/ClassRules.h"
 #include "classification/clsXMLPrjFile.h"
 #include "platform/runtime/Convert.h"
@@ -19,12 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 using testing::kNoData;
 
-int Halvane(std::vector<std::string> args) {
-    args.insert(args.begin(), "halvane");
-    std::vector<char*> argv;
-    for (std::string& arg : args) argv.push_back(arg.data());
-    return apps::Main(static_cast<int>(argv.size()), argv.data());
-}
+using testing::Halvane;
 
 // 100 times the z-score, cut toward zero after adding .05, with the mean and
 // deviation written into the expression as 15-digit text.
