@@ -70,7 +70,7 @@ install_missing
 [ -x /usr/bin/time ] || die "/usr/bin/time is needed (Debian package 'time')"
 scripts/install-deps.sh || die "installing the build dependencies failed"
 note "building (Release)"
-cmake -S . -B build-release -G Ninja -DCMAKE_BUILD_TYPE=Release -DHALVANE_BUILD_BENCH=ON \
+cmake -S . -B build-release -G Ninja -DCMAKE_BUILD_TYPE=Release \
     -DHALVANE_BUILD_TESTS=OFF >>"$log" 2>&1 || die "cmake configure failed, see $log"
 cmake --build build-release >>"$log" 2>&1 || die "build failed, see $log"
 synth=build-release/bench/synth/halvane-synth

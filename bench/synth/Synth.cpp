@@ -130,8 +130,10 @@ std::uint64_t Salted(std::uint64_t seed, Salt salt) { return Mix(seed ^ Mix(salt
 }  // namespace
 
 Relief::Relief(const Params& params) : params_(params) {
-    if (params.cols <= 0 || params.rows <= 0 || !(params.cell > 0.0)) {
-        throw std::invalid_argument("synth: columns, rows and cell size must be positive");
+    if (params.cols <= 0 || params.rows <= 0 || !(params.cell > 0.0) ||
+        !(params.depthStep >= 0.0)) {
+        throw std::invalid_argument(
+            "synth: columns, rows and cell size must be positive, the depth step not negative");
     }
     width_ = params.cols * params.cell;
     height_ = params.rows * params.cell;
@@ -293,7 +295,10 @@ bool Relief::IsGap(double x, double y) const {
 float Relief::At(int col, int row) const {
     const double x = (col + 0.5) * params_.cell;
     const double y = (row + 0.5) * params_.cell;
-    return IsGap(x, y) ? kNoData : static_cast<float>(Surface(x, y));
+    if (IsGap(x, y)) return kNoData;
+    const double z = Surface(x, y);
+    const double step = params_.depthStep;
+    return static_cast<float>(step > 0.0 ? std::round(z / step) * step : z);
 }
 
 void Relief::Fill(int col0, int row0, int width, int height, float* out) const {

@@ -1,4 +1,5 @@
-// halvane-synth: writes a synthetic projected bathymetry GeoTIFF for benchmarks.
+// halvane-synth: writes a synthetic projected bathymetry GeoTIFF, for benchmarks and
+// for remaking the bundled sample (scripts/make-sample.sh).
 
 #include <cstdint>
 #include <cstdio>
@@ -13,10 +14,12 @@
 namespace {
 
 constexpr const char* kUsage =
-    "usage: halvane-synth [--cols N] [--rows N] [--cell METRES] [--seed N] --out PATH\n"
+    "usage: halvane-synth [--cols N] [--rows N] [--cell METRES] [--seed N] [--depth-step METRES]\n"
+    "                     --out PATH\n"
     "Writes a Float32 GeoTIFF (EPSG:32631, depths in metres, negative down, NoData -9999)\n"
     "of a shelf, a canyon-cut slope, ridges, banks, depressions and survey gaps.\n"
-    "Defaults: 1000 x 1000 cells of 10 m, seed 1. The same arguments give the same file.\n";
+    "Defaults: 1000 x 1000 cells of 10 m, seed 1, depths kept to every bit (a depth step\n"
+    "of 0). The same arguments give the same file.\n";
 
 [[noreturn]] void Usage(const std::string& problem) {
     std::fprintf(stderr, "halvane-synth: %s\n%s", problem.c_str(), kUsage);
@@ -60,6 +63,8 @@ int main(int argc, char** argv) {
             params.cell = Number<double>(arg, value);
         } else if (arg == "--seed") {
             params.seed = Number<std::uint64_t>(arg, value);
+        } else if (arg == "--depth-step") {
+            params.depthStep = Number<double>(arg, value);
         } else if (arg == "--out") {
             out = value;
         } else {
