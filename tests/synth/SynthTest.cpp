@@ -121,5 +121,27 @@ TEST(SynthTest, WritesATiledProjectedGeoTiffWithNoDataAndTheSameCells) {
     std::filesystem::remove_all(dir);
 }
 
+// The committed sample must be what scripts/make-sample.sh makes, or a change
+// to the relief would leave the repository's sample behind unnoticed.
+TEST(SynthTest, BundledSampleIsTheGeneratorsGridWithItsDepthStep) {
+    Params params = kSample;
+    params.depthStep = 1.0 / 64;
+    EXPECT_LE(std::filesystem::file_size(HALVANE_SAMPLE), 2u << 20);
+    GDALAllRegister();
+    std::unique_ptr<GDALDataset> ds(GDALDataset::Open(HALVANE_SAMPLE, GDAL_OF_RASTER));
+    ASSERT_TRUE(ds);
+    ASSERT_EQ(ds->GetRasterXSize(), params.cols);
+    ASSERT_EQ(ds->GetRasterYSize(), params.rows);
+    const Relief relief(params);
+    // Strips at both edges and across the middle: every block column, a few block rows.
+    for (const int row0 : {0, 431, params.rows - 9}) {
+        std::vector<float> read(static_cast<std::size_t>(params.cols) * 9);
+        ASSERT_EQ(ds->GetRasterBand(1)->RasterIO(GF_Read, 0, row0, params.cols, 9, read.data(),
+                                                 params.cols, 9, GDT_Float32, 0, 0, nullptr),
+                  CE_None);
+        EXPECT_EQ(read, Window(relief, 0, row0, params.cols, 9)) << "rows from " << row0;
+    }
+}
+
 }  // namespace
 }  // namespace halvane::synth
