@@ -114,16 +114,23 @@ int RunResample(const Arguments& arguments) {
     });
 }
 
+raster::RasterDatasetPtr RugosityOf(const std::string& workDir, const std::string& input,
+                                   const std::string& name) {
+    const std::string full = std::filesystem::absolute(input).string();
+    g_p_Rugosity_RasterDataset = StartSession({workDir, PathOfRaster(full), NameOfRaster(full)},
+                                              g_s_Rugosity_InputDataPath,
+                                              g_s_Rugosity_InputDataSet);
+    if (!g_p_Rugosity_RasterDataset) return nullptr;
+    g_s_SaveRugosity_OutputData = name;
+    BuildRugosity();
+    return g_p_Rugosity_OutputRasterDataset;
+}
+
 int RunRugosity(const Arguments& arguments) {
     const std::string name = arguments.Required("--name");
     const Places places = PlacesOf(arguments);
     return RunReported("rugosity", arguments.Has("--trace"), [&] {
-        g_p_Rugosity_RasterDataset =
-            StartSession(places, g_s_Rugosity_InputDataPath, g_s_Rugosity_InputDataSet);
-        if (!g_p_Rugosity_RasterDataset) return false;
-        g_s_SaveRugosity_OutputData = name;
-        BuildRugosity();
-        return Stored(g_p_Rugosity_OutputRasterDataset);
+        return Stored(RugosityOf(places.workDir, arguments.positional[0], name));
     });
 }
 

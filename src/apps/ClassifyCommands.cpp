@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <iomanip>
 #include <iostream>
+#include <sstream>
 
 #include "apps/RasterCommands.h"
 #include "classification/ZoneClassification.h"
@@ -13,23 +14,21 @@
 #include "platform/raster/Storage.h"
 
 namespace halvane::apps {
-namespace {
-
 using classification::clsXMLPrjFile;
 
-struct Radii {
-    std::string inner, outer;
-};
+namespace {
 
 // "INNER,OUTER", each kept as typed: the radii go into the expression as text.
-Radii RadiiOf(const Arguments& arguments, const std::string& option, const Radii& fallback) {
-    if (!arguments.Has(option)) return fallback;
+void RadiiOf(const Arguments& arguments, const std::string& option, std::string& inner,
+             std::string& outer) {
+    if (!arguments.Has(option)) return;
     const std::string text = arguments.Required(option);
     const std::size_t comma = text.find(',');
     if (comma == std::string::npos || comma == 0 || comma + 1 == text.size()) {
         throw UsageError{option + " takes INNER,OUTER, not '" + text + "'"};
     }
-    return {text.substr(0, comma), text.substr(comma + 1)};
+    inner = text.substr(0, comma);
+    outer = text.substr(comma + 1);
 }
 
 // What the setup page refuses: a grid without a projected reference.
@@ -41,99 +40,131 @@ bool Projected(const raster::RasterDatasetPtr& dataset) {
     return false;
 }
 
-void PrintZones(const raster::RasterDatasetPtr& zones) {
-    std::cout << std::left << std::setw(7) << "class" << std::setw(32) << "zone" << "cells\n";
-    for (const raster::AttributeRow& row : zones->GetAttributeTable()) {
+}  // namespace
+
+void PrintZones(std::ostream& stream, const raster::RasterDatasetPtr& zones) {
+    // Formatted apart, so the caller's stream keeps its own settings.
+    std::ostringstream out;
+    const raster::AttributeTable& table = zones->GetAttributeTable();
+    const raster::Grid& grid = zones->CreateDefaultRaster()->GetGrid();
+    const double cellKm2 = grid.cellX * grid.cellY / 1e6;
+    std::int64_t total = 0;
+    for (const raster::AttributeRow& row : table) total += row.Count;
+    const auto line = [&](const std::string& value, const std::string& name, std::int64_t cells) {
+        const double share = total > 0 ? 100.0 * static_cast<double>(cells) / total : 0.0;
+        out << std::right << std::setw(5) << value << "  " << std::left << std::setw(28) << name
+            << std::right << std::setw(10) << cells << std::fixed << std::setprecision(2)
+            << std::setw(10) << share << std::setprecision(3) << std::setw(12)
+            << static_cast<double>(cells) * cellKm2 << "\n";
+    };
+    out << std::right << std::setw(5) << "class" << "  " << std::left << std::setw(28) << "zone"
+        << std::right << std::setw(10) << "cells" << std::setw(10) << "share %" << std::setw(12)
+        << "area km2" << "\n";
+    for (const raster::AttributeRow& row : table) {
         // Labels are found by value, as on the map.
         std::string name = "(no class)";
         if (g_dict_Zones) {
             const auto found = g_dict_Zones->find(row.Value);
             if (found != g_dict_Zones->end()) name = found->second;
         }
-        std::cout << std::setw(7) << row.Value << std::setw(32) << name << row.Count << "\n";
+        line(std::to_string(row.Value), name, row.Count);
     }
+    line("", "all zones", total);
+    stream << out.str();
 }
 
-}  // namespace
+bool RunClassifyRoute(const ClassifyRoute& route, const std::function<void(RouteStage)>& onStage) {
+    const auto stage = [&](RouteStage s) {
+        if (onStage) onStage(s);
+    };
+    // The final page's list of classes, read first so that a file without
+    // any stops the run before anything is computed.
+    classification::ZoneRunPage page;
+    page.g_s_OutputDataSet = route.output;
+    page.m_prjFile = std::make_shared<clsXMLPrjFile>();
+    page.m_prjFile->XML(route.dictionary);
+    page.m_iClassCount = static_cast<std::int16_t>(page.m_prjFile->Classifications->Count());
+    if (page.m_iClassCount == 0) {
+        std::cerr << "halvane: no classes were read from " << route.dictionary << "\n";
+        return false;
+    }
+
+    // The setup page.
+    ResetSession();
+    g_b_StandAloneRun = false;
+    g_s_WorkingDir = route.workDir;
+    std::filesystem::create_directories(g_s_WorkingDir);
+    const raster::RasterDatasetPtr inputDataset =
+        OpenRasterDataset(PathOfRaster(route.input), NameOfRaster(route.input));
+    if (!inputDataset || !Projected(inputDataset)) return false;
+    g_s_InputDataSet = g_s_BPI_DataSet = NameOfRaster(route.input);
+    g_s_InputDataPath = g_s_BPI_DataPath = PathOfRaster(route.input);
+    g_p_InputRasterDataset = inputDataset;
+    g_p_BPI_RasterDataset = OpenRasterDataset(g_s_BPI_DataPath, g_s_BPI_DataSet);
+
+    // The resampling page, whose grid then stands for the input.
+    if (!route.cellSize.empty()) {
+        stage(RouteStage::Resample);
+        const std::string resampled = route.output + "_res";
+        ResampleRas(g_p_InputRasterDataset->CreateDefaultRaster(), route.cellSize, route.method,
+                    resampled);
+        if (!g_p_BPI_RasterDataset || g_p_BPI_RasterDataset->Name() != resampled) return false;
+        g_s_ResampledDataSet = g_s_BPI_DataSet = resampled;
+        g_s_BPI_DataPath = g_s_WorkingDir;
+    }
+
+    // Both position indices and their standardization, as temporary grids
+    // that the final run cleans away.
+    stage(RouteStage::BroadBpi);
+    g_i_SmScaleBPI_inner_radius = route.broadInner;
+    g_i_SmScaleBPI_outer_radius = route.broadOuter;
+    BPI_Build(g_p_BPI_RasterDataset->CreateDefaultRaster(), g_i_SmScaleBPI_inner_radius,
+              g_i_SmScaleBPI_outer_radius, "", "BroadBPI", 0);
+    stage(RouteStage::FineBpi);
+    g_i_LgScaleBPI_inner_radius = route.fineInner;
+    g_i_LgScaleBPI_outer_radius = route.fineOuter;
+    BPI_Build(g_p_BPI_RasterDataset->CreateDefaultRaster(), g_i_LgScaleBPI_inner_radius,
+              g_i_LgScaleBPI_outer_radius, "", "FineBPI", 0);
+    CloseProgress();
+    if (!g_p_SS_BPI_RasterDataset || !g_p_LS_BPI_RasterDataset) return false;
+    stage(RouteStage::Standardize);
+    calcRasterStats(g_p_LS_BPI_RasterDataset->CreateDefaultRaster(), "Large");
+    calcRasterStats(g_p_SS_BPI_RasterDataset->CreateDefaultRaster(), "Small");
+    BPI_Standardize(g_p_SS_BPI_RasterDataset->CreateDefaultRaster(), g_d_SS_BPI_Mean,
+                    g_d_SS_BPI_StdDev, g_s_Save_SmScale_Std_Grid, "BroadBPI", 0);
+    BPI_Standardize(g_p_LS_BPI_RasterDataset->CreateDefaultRaster(), g_d_LS_BPI_Mean,
+                    g_d_LS_BPI_StdDev, g_s_Save_LgScale_Std_Grid, "FineBPI", 0);
+    CloseProgress();
+    if (!g_p_SmScale_Std_RasterDataset || !g_p_LgScale_Std_RasterDataset) return false;
+
+    // The dictionary page's choice, and the final page's Finish.
+    stage(RouteStage::Zones);
+    g_s_ClassDictionary_Path = route.dictionary;
+    return classification::cmdFinish_Click(page) && g_p_OutputRasterDataset;
+}
 
 int RunClassify(const Arguments& arguments) {
-    const Radii broad = RadiiOf(arguments, "--broad", {"1", "5"});
-    const Radii fine = RadiiOf(arguments, "--fine", {"1", "3"});
-    const std::string cellSize = arguments.Optional("--resample");
-    if (arguments.Has("--method") && cellSize.empty()) {
+    ClassifyRoute route;
+    RadiiOf(arguments, "--broad", route.broadInner, route.broadOuter);
+    RadiiOf(arguments, "--fine", route.fineInner, route.fineOuter);
+    route.cellSize = arguments.Optional("--resample");
+    if (arguments.Has("--method") && route.cellSize.empty()) {
         throw UsageError{"--method goes with --resample"};
     }
-    const std::string method = arguments.Optional("--method", "Cubic Convolution");
-    const std::string dictionary =
+    route.method = arguments.Optional("--method", route.method);
+    route.dictionary =
         std::filesystem::absolute(
             arguments.Optional("--dictionary", classification::DefaultDictionaryPath()))
             .string();
-    const std::string output = arguments.Optional("--name", "ZONES");
-    const std::string workDir = arguments.Required("--workdir");
+    route.output = arguments.Optional("--name", route.output);
+    route.workDir = arguments.Required("--workdir");
     if (arguments.positional.size() != 1) throw UsageError{"give exactly one input grid"};
-    const std::string input = std::filesystem::absolute(arguments.positional[0]).string();
+    route.input = std::filesystem::absolute(arguments.positional[0]).string();
 
     return RunReported("classify", arguments.Has("--trace"), [&] {
-        // The final page's list of classes, read first so that a file without
-        // any stops the run before anything is computed.
-        classification::ZoneRunPage page;
-        page.g_s_OutputDataSet = output;
-        page.m_prjFile = std::make_shared<clsXMLPrjFile>();
-        page.m_prjFile->XML(dictionary);
-        page.m_iClassCount = static_cast<std::int16_t>(page.m_prjFile->Classifications->Count());
-        if (page.m_iClassCount == 0) {
-            std::cerr << "halvane classify: no classes were read from " << dictionary << "\n";
-            return false;
-        }
-
-        // The setup page.
-        ResetSession();
-        g_b_StandAloneRun = false;
-        g_s_WorkingDir = workDir;
-        std::filesystem::create_directories(g_s_WorkingDir);
-        const raster::RasterDatasetPtr inputDataset =
-            OpenRasterDataset(PathOfRaster(input), NameOfRaster(input));
-        if (!inputDataset || !Projected(inputDataset)) return false;
-        g_s_InputDataSet = g_s_BPI_DataSet = NameOfRaster(input);
-        g_s_InputDataPath = g_s_BPI_DataPath = PathOfRaster(input);
-        g_p_InputRasterDataset = inputDataset;
-        g_p_BPI_RasterDataset = OpenRasterDataset(g_s_BPI_DataPath, g_s_BPI_DataSet);
-
-        // The resampling page, whose grid then stands for the input.
-        if (!cellSize.empty()) {
-            const std::string resampled = output + "_res";
-            ResampleRas(g_p_InputRasterDataset->CreateDefaultRaster(), cellSize, method, resampled);
-            if (!g_p_BPI_RasterDataset || g_p_BPI_RasterDataset->Name() != resampled) return false;
-            g_s_ResampledDataSet = g_s_BPI_DataSet = resampled;
-            g_s_BPI_DataPath = g_s_WorkingDir;
-        }
-
-        // Both position indices and their standardization, as temporary grids
-        // that the final run cleans away.
-        g_i_SmScaleBPI_inner_radius = broad.inner;
-        g_i_SmScaleBPI_outer_radius = broad.outer;
-        BPI_Build(g_p_BPI_RasterDataset->CreateDefaultRaster(), g_i_SmScaleBPI_inner_radius,
-                  g_i_SmScaleBPI_outer_radius, "", "BroadBPI", 0);
-        g_i_LgScaleBPI_inner_radius = fine.inner;
-        g_i_LgScaleBPI_outer_radius = fine.outer;
-        BPI_Build(g_p_BPI_RasterDataset->CreateDefaultRaster(), g_i_LgScaleBPI_inner_radius,
-                  g_i_LgScaleBPI_outer_radius, "", "FineBPI", 0);
-        CloseProgress();
-        if (!g_p_SS_BPI_RasterDataset || !g_p_LS_BPI_RasterDataset) return false;
-        calcRasterStats(g_p_LS_BPI_RasterDataset->CreateDefaultRaster(), "Large");
-        calcRasterStats(g_p_SS_BPI_RasterDataset->CreateDefaultRaster(), "Small");
-        BPI_Standardize(g_p_SS_BPI_RasterDataset->CreateDefaultRaster(), g_d_SS_BPI_Mean,
-                        g_d_SS_BPI_StdDev, g_s_Save_SmScale_Std_Grid, "BroadBPI", 0);
-        BPI_Standardize(g_p_LS_BPI_RasterDataset->CreateDefaultRaster(), g_d_LS_BPI_Mean,
-                        g_d_LS_BPI_StdDev, g_s_Save_LgScale_Std_Grid, "FineBPI", 0);
-        CloseProgress();
-        if (!g_p_SmScale_Std_RasterDataset || !g_p_LgScale_Std_RasterDataset) return false;
-
-        // The dictionary page's choice, and the final page's Finish.
-        g_s_ClassDictionary_Path = dictionary;
-        if (!classification::cmdFinish_Click(page) || !g_p_OutputRasterDataset) return false;
+        if (!RunClassifyRoute(route)) return false;
         std::cout << g_p_OutputRasterDataset->Path() << "\n";
-        PrintZones(g_p_OutputRasterDataset);
+        PrintZones(std::cout, g_p_OutputRasterDataset);
         return true;
     });
 }

@@ -5,6 +5,7 @@
 
 #include "apps/AnalysisCommands.h"
 #include "apps/ClassifyCommands.h"
+#include "apps/DemoCommands.h"
 #include "apps/RasterCommands.h"
 
 namespace halvane::apps {
@@ -118,6 +119,24 @@ const std::vector<Command>& Commands() {
          {},
          {},
          RunDictionary},
+        {"demo",
+         "the whole classification of the bundled sample, with a table and pictures",
+         "[--workdir DIR] [--input GRID]\n\n"
+         "Classifies the sample beside the program (or GRID) with the default dictionary,\n"
+         "then computes its rugosity, into DIR (./halvane-demo unless given), and writes\n"
+         "zones.png and bathymetry.png there. Grids that exist are never overwritten.",
+         {"--workdir", "--input"},
+         {},
+         RunDemo},
+        {"map",
+         "a picture of a grid: its map, a legend, a scale bar and a north arrow",
+         "--out FILE.png [--dictionary FILE] [--title TEXT] [--hillshade] GRID\n\n"
+         "A zone grid (integers with a value table) is drawn one colour per class, as the\n"
+         "map shows it, labelled from the dictionary's zones; any other grid is stretched\n"
+         "over a colour ramp, shaded by its relief with --hillshade.",
+         {"--out", "--dictionary", "--title"},
+         {"--hillshade"},
+         RunMap},
         {"info",
          "size, cell size, extent, type, statistics and value table of a grid",
          "[--json] PATH",

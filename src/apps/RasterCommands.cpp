@@ -37,8 +37,6 @@ std::string Number(double value) {
 
 int RunReported(const std::string& command, bool trace, const std::function<bool()>& body) {
     ui::ConsoleServices console;
-    ui::ServicesScope scope(console);
-    if (trace) raster::Journal() = [](const std::string& line) { std::cerr << line << "\n"; };
     raster::EvalSettings& settings = raster::Settings();
     int shown = -1;
     settings.onProgress = [&](std::int64_t done, std::int64_t total) {
@@ -47,10 +45,18 @@ int RunReported(const std::string& command, bool trace, const std::function<bool
         shown = percent;
         ShowProgress("Computing", "halvane " + command, 0, 100, percent, 0);
     };
+    const int status = RunReported(console, command, trace, body);
+    settings.onProgress = nullptr;
+    return status;
+}
+
+int RunReported(ui::ConsoleServices& console, const std::string& command, bool trace,
+                const std::function<bool()>& body) {
+    ui::ServicesScope scope(console);
+    if (trace) raster::Journal() = [](const std::string& line) { std::cerr << line << "\n"; };
     // A window kept from an earlier run in this process would count for that run.
     ErrorHandling::ReleaseErrorWindow();
     const bool succeeded = Guarded({"halvane", command.c_str(), kTopLevel}, body);
-    settings.onProgress = nullptr;
     raster::Journal() = nullptr;
     CloseProgress();
     ErrorHandling::ReleaseErrorWindow();

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "apps/CommandLine.h"
+#include "platform/ui/ConsoleServices.h"
 
 namespace halvane::apps {
 
@@ -17,5 +18,9 @@ int RunInfo(const Arguments& arguments);
 // `trace` every call on the map algebra operators is printed there too. Gives
 // the exit status: 0, or 1 when body gave false or any failure was reported.
 int RunReported(const std::string& command, bool trace, const std::function<bool()>& body);
+// The same on the caller's console, which shows the progress it chooses to;
+// the engine's own passes show none.
+int RunReported(ui::ConsoleServices& console, const std::string& command, bool trace,
+                const std::function<bool()>& body);
 
 }  // namespace halvane::apps

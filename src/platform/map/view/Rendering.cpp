@@ -102,7 +102,12 @@ Legend LegendOf(const RasterLayer& layer) {
             LegendGroup& group = legend.groups.emplace_back();
             group.heading = classes->Heading(h);
             for (std::int32_t k = 0; k < classes->ClassCount(h); ++k) {
-                group.classes.push_back({ColorOf(classes->Symbol(h, k)), classes->Label(h, k)});
+                std::string values;
+                for (std::int32_t v = 0; v < classes->ValueCount(h, k); ++v) {
+                    values += (v ? ", " : "") + std::to_string(classes->Value(h, k, v));
+                }
+                group.classes.push_back(
+                    {ColorOf(classes->Symbol(h, k)), classes->Label(h, k), values});
             }
         }
         return legend;
@@ -111,13 +116,55 @@ Legend LegendOf(const RasterLayer& layer) {
     const Stretch stretch = StretchOf(layer.Raster()->Item(0)->Statistics());
     legend.stretch = stretch;
     legend.groups.push_back({"Value",
-                             {{RampColor(1.0), "High : " + Number(stretch.high)},
-                              {RampColor(0.0), "Low : " + Number(stretch.low)}}});
+                             {{RampColor(1.0), "High : " + Number(stretch.high), {}},
+                              {RampColor(0.0), "Low : " + Number(stretch.low), {}}}});
     return legend;
 }
 
+std::vector<float> Hillshade(const std::vector<double>& heights,
+                             const std::vector<double>& eastings,
+                             const std::vector<double>& southings, double exaggeration) {
+    // The light: azimuth 315 degrees, 45 degrees above the horizon.
+    constexpr double kHalfRootTwo = 0.70710678118654752;
+    constexpr double kLightEast = -0.5, kLightNorth = 0.5, kLightUp = kHalfRootTwo;
+    const auto cols = static_cast<std::int64_t>(eastings.size());
+    const auto rows = static_cast<std::int64_t>(southings.size());
+    std::vector<float> shade(heights.size(), 1.0f);
+    for (std::int64_t r = 0; r < rows; ++r) {
+        const std::int64_t north = std::max<std::int64_t>(r - 1, 0);
+        const std::int64_t south = std::min(r + 1, rows - 1);
+        for (std::int64_t c = 0; c < cols; ++c) {
+            const double centre = heights[r * cols + c];
+            if (std::isnan(centre)) continue;
+            const std::int64_t west = std::max<std::int64_t>(c - 1, 0);
+            const std::int64_t east = std::min(c + 1, cols - 1);
+            auto z = [&](std::int64_t cc, std::int64_t rr) {
+                const double v = heights[rr * cols + cc];
+                return std::isnan(v) ? centre : v;
+            };
+            // Horn's 1-2-1 weights over the neighbours' true distances, which
+            // differ from sample to sample when a read thins the cells out.
+            const double across = eastings[east] - eastings[west];
+            const double along = southings[south] - southings[north];
+            const double dzEast =
+                across > 0 ? ((z(east, north) + 2 * z(east, r) + z(east, south)) -
+                              (z(west, north) + 2 * z(west, r) + z(west, south))) / (4 * across)
+                           : 0.0;
+            const double dzNorth =
+                along > 0 ? ((z(west, north) + 2 * z(c, north) + z(east, north)) -
+                             (z(west, south) + 2 * z(c, south) + z(east, south))) / (4 * along)
+                          : 0.0;
+            const double gx = -dzEast * exaggeration, gy = -dzNorth * exaggeration;
+            const double lit = (gx * kLightEast + gy * kLightNorth + kLightUp) /
+                               std::sqrt(gx * gx + gy * gy + 1.0);
+            shade[r * cols + c] = static_cast<float>(std::max(lit, 0.0) / kLightUp);
+        }
+    }
+    return shade;
+}
+
 void DrawLayer(QPainter& painter, const RasterLayer& layer, const raster::Envelope& extent,
-               const QSize& size) {
+               const QSize& size, bool hillshade) {
     const raster::RasterPtr& raster = layer.Raster();
     if (!raster || size.isEmpty() || extent.XMax <= extent.XMin || extent.YMax <= extent.YMin) {
         return;
@@ -146,10 +193,33 @@ void DrawLayer(QPainter& painter, const RasterLayer& layer, const raster::Envelo
     const std::vector<double> values = raster->ReadSampled(window, cols, rows);
 
     const CellColors colorOf(layer);
+    std::vector<float> shade;
+    if (hillshade) {
+        // Seafloor relief is gentle next to its extent: three times its height
+        // lets shelf ripples show as well as the slope.
+        std::vector<double> eastings(static_cast<std::size_t>(cols));
+        std::vector<double> southings(static_cast<std::size_t>(rows));
+        for (std::int64_t c = 0; c < cols; ++c) {
+            eastings[c] = static_cast<double>(raster::SampledIndex(c, cols, window.cols)) * g.cellX;
+        }
+        for (std::int64_t r = 0; r < rows; ++r) {
+            southings[r] = static_cast<double>(raster::SampledIndex(r, rows, window.rows)) * g.cellY;
+        }
+        shade = Hillshade(values, eastings, southings, 3.0);
+    }
     QImage image(static_cast<int>(cols), static_cast<int>(rows), QImage::Format_ARGB32);
     for (std::int64_t r = 0; r < rows; ++r) {
         auto* line = reinterpret_cast<QRgb*>(image.scanLine(static_cast<int>(r)));
-        for (std::int64_t c = 0; c < cols; ++c) line[c] = colorOf(values[r * cols + c]);
+        for (std::int64_t c = 0; c < cols; ++c) {
+            QRgb rgb = colorOf(values[r * cols + c]);
+            if (hillshade && qAlpha(rgb) != 0) {
+                // Flat ground keeps its colour; a fully shaded slope keeps a third.
+                const double f = 0.35 + 0.65 * shade[r * cols + c];
+                auto lit = [f](int channel) { return std::min(255, static_cast<int>(channel * f)); };
+                rgb = qRgb(lit(qRed(rgb)), lit(qGreen(rgb)), lit(qBlue(rgb)));
+            }
+            line[c] = rgb;
+        }
     }
     painter.save();
     // Cells stay sharp squares when zoomed in.

@@ -36,6 +36,8 @@ QColor RampColor(double t);
 struct LegendClass {
     QColor color;
     std::string label;
+    // The cell values the class stands for, e.g. "3" or "4, 7"; empty for a ramp's ends.
+    std::string values;
 };
 struct LegendGroup {
     std::string heading;
@@ -53,8 +55,20 @@ Legend LegendOf(const RasterLayer& layer);
 // Paints the layer's cells inside `extent` onto `size` pixels of the painter.
 // NoData, and values a unique-value renderer has no class for, stay
 // unpainted. Only about one cell per pixel is read, whatever the grid's size.
+// `hillshade` darkens slopes facing away from a light in the north-west and
+// brightens those facing it, so that the relief shows through the colours.
 void DrawLayer(QPainter& painter, const RasterLayer& layer, const raster::Envelope& extent,
-               const QSize& size);
+               const QSize& size, bool hillshade = false);
+
+// The shading of a row-major block of heights whose columns stand at
+// `eastings` and rows at `southings` (map units from the first, growing east
+// and south): 1 on flat ground, 0 on ground facing away from the light, up to
+// 1/sin 45 degrees facing it. Heights are exaggerated `exaggeration` times; a
+// NaN neighbour counts as the cell itself, and at the block's edge the cell
+// stands in for the missing neighbour. NaN cells get 1.
+std::vector<float> Hillshade(const std::vector<double>& heights,
+                             const std::vector<double>& eastings,
+                             const std::vector<double>& southings, double exaggeration);
 
 // Paints the visible raster layers of the map, the bottom layer first.
 void DrawMap(QPainter& painter, const IMap& map, const raster::Envelope& extent,
