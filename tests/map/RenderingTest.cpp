@@ -7,6 +7,7 @@
 #include <cmath>
 #include <map>
 
+#include "platform/map/view/Picture.h"
 #include "platform/map/view/Rendering.h"
 #include "support/GridFiles.h"
 
@@ -157,6 +158,45 @@ TEST_F(RenderingTest, MapDrawsVisibleLayersBottomFirst) {
     top->Visible(false);
     image = draw();
     EXPECT_EQ(QColor(image.pixel(1, 1)), RampColor(0.5));
+}
+
+// Planes whose shading is known from geometry alone: the light stands at
+// azimuth 315 and 45 degrees up, and 1 is flat ground. Cells are unevenly
+// spaced, as a thinned-out read leaves them, which a plane must not notice.
+TEST(HillshadeTest, PlanesShadeByTheirAngleToTheLightWhateverTheSpacing) {
+    const std::vector<double> eastings = {0, 10, 30, 40, 60, 70};
+    const std::vector<double> southings = {0, 20, 30, 50, 60};
+    struct Case {
+        double dzEast, dzNorth, exaggeration, expected;
+        const char* what;
+    } cases[] = {
+        {0, 0, 3, 1.0, "flat"},
+        // The normal points at the light: cos 0 over sin 45.
+        {std::sqrt(0.5), -std::sqrt(0.5), 1, std::sqrt(2.0), "facing the light"},
+        {std::sqrt(0.125), -std::sqrt(0.125), 2, std::sqrt(2.0), "half as steep, twice as high"},
+        {-1, 1, 1, 0.0, "turned away, steeper than the light is high"},
+        // Across the light's azimuth: sin 45 cos(slope) over sin 45.
+        {-1, -1, 1, 1 / std::sqrt(3.0), "across the light"},
+    };
+    for (const Case& c : cases) {
+        std::vector<double> heights;
+        for (double s : southings) {
+            for (double e : eastings) heights.push_back(c.dzEast * e - c.dzNorth * s);
+        }
+        for (float shade : Hillshade(heights, eastings, southings, c.exaggeration)) {
+            ASSERT_NEAR(shade, c.expected, 1e-5) << c.what;
+        }
+    }
+    // A hole, and cells next to it, on flat ground stay flat.
+    std::vector<double> flat(30, -20.0);
+    flat[14] = kNoData;
+    for (float shade : Hillshade(flat, eastings, southings, 3)) EXPECT_FLOAT_EQ(shade, 1.0f);
+}
+
+TEST(PictureTest, ScaleBarIsTheLongestRoundLengthThatFits) {
+    const std::pair<double, double> cases[] = {{2500, 2000}, {1000, 1000}, {999, 500},
+                                               {7, 5},       {0.3, 0.2},   {0, 0}};
+    for (const auto& [most, length] : cases) EXPECT_DOUBLE_EQ(ScaleBarLength(most), length) << most;
 }
 
 }  // namespace

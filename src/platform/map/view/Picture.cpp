@@ -108,17 +108,15 @@ int LegendPanel(QPainter* painter, const RasterLayer& layer, const PictureOption
     return y + kRowHeight;
 }
 
+// Under the map's left edge, as long as a round distance near a quarter of
+// the map's width.
 void ScaleBar(QPainter& painter, const QRect& map, const raster::Envelope& extent) {
     const double metresPerPixel = (extent.XMax - extent.XMin) / map.width();
     const double length = ScaleBarLength(map.width() / 4.0 * metresPerPixel);
     if (length <= 0) return;
     const int pixels = static_cast<int>(std::lround(length / metresPerPixel));
-    const QRect box(map.left() + 12, map.bottom() - 54, pixels + 44, 42);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(QColor(255, 255, 255, 215));
-    painter.drawRect(box);
-    const int left = box.left() + 14;
-    const int top = box.top() + 24;
+    const int left = map.left();
+    const int top = map.bottom() + 28;
     constexpr int kSegments = 4;
     for (int i = 0; i < kSegments; ++i) {
         const int from = left + pixels * i / kSegments;
@@ -128,24 +126,21 @@ void ScaleBar(QPainter& painter, const QRect& map, const raster::Envelope& exten
         painter.drawRect(from, top, to - from, 7);
     }
     painter.setFont(Font(12));
-    painter.setPen(kInk);
     auto label = [&](int at, const QString& text) {
-        painter.drawText(QRect(at - 40, box.top() + 3, 80, 18), Qt::AlignCenter, text);
+        painter.drawText(QRect(at - 40, top - 20, 80, 18), Qt::AlignCenter, text);
     };
     label(left, QStringLiteral("0"));
     label(left + pixels / 2, Distance(length / 2));
     label(left + pixels, Distance(length));
 }
 
-void NorthArrow(QPainter& painter, const QRect& map) {
-    const QPointF tip(map.right() - 30, map.top() + 34);
-    const QRectF box(tip.x() - 20, map.top() + 10, 40, 70);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(QColor(255, 255, 255, 215));
-    painter.drawRect(box);
-    // Half dark, half light, as on a chart: it reads at any size.
-    QPainterPath west, east;
+constexpr int kNorthArrowHeight = 64;
+
+// Half dark, half light, as on a chart: it reads at any size.
+void NorthArrow(QPainter& painter, int left, int top) {
+    const QPointF tip(left + 14, top + 24);
     const QPointF base(tip.x(), tip.y() + 26);
+    QPainterPath west, east;
     west.moveTo(tip);
     west.lineTo(tip.x() - 11, tip.y() + 36);
     west.lineTo(base);
@@ -160,8 +155,7 @@ void NorthArrow(QPainter& painter, const QRect& map) {
     painter.setBrush(Qt::white);
     painter.drawPath(east);
     painter.setFont(Font(15, true));
-    painter.drawText(QRectF(box.left(), box.top() + 2, box.width(), 20), Qt::AlignCenter,
-                     QStringLiteral("N"));
+    painter.drawText(QRectF(left, top, 28, 20), Qt::AlignCenter, QStringLiteral("N"));
 }
 
 }  // namespace
@@ -187,10 +181,12 @@ Picture ComposePicture(const RasterLayer& layer, const PictureOptions& options) 
                             std::max(1, static_cast<int>(std::lround(height * scale))));
     const int legendX = picture.mapArea.right() + 1 + kGap;
     const int legendBottom = LegendPanel(nullptr, layer, options, legendX, picture.mapArea.top());
-    const int footer = 30;
-    picture.image = QImage(legendX + kLegendWidth + kMargin,
-                           std::max(picture.mapArea.bottom() + 1 + footer, legendBottom) + kMargin,
-                           QImage::Format_RGB32);
+    const int footer = 44;  // the scale bar
+    picture.image =
+        QImage(legendX + kLegendWidth + kMargin,
+               std::max(picture.mapArea.bottom() + 1 + footer, legendBottom + 16 + kNorthArrowHeight) +
+                   kMargin,
+               QImage::Format_RGB32);
     picture.image.fill(Qt::white);
     // Kept in the PNG file, so that a reader can tell which pixel shows which
     // place: the map's rectangle in pixels and the extent it shows.
@@ -230,30 +226,31 @@ Picture ComposePicture(const RasterLayer& layer, const PictureOptions& options) 
     painter.setBrush(Qt::NoBrush);
     painter.drawRect(picture.mapArea.adjusted(-1, -1, 0, 0));
     ScaleBar(painter, picture.mapArea, picture.extent);
-    NorthArrow(painter, picture.mapArea);
 
     const raster::Grid& grid = layer.Raster()->GetGrid();
     painter.setPen(kMuted);
     painter.setFont(Font(12));
-    painter.drawText(QRect(picture.mapArea.left(), picture.mapArea.bottom() + 6,
+    painter.drawText(QRect(picture.mapArea.left(), picture.mapArea.bottom() + 8,
                            picture.mapArea.width(), 20),
-                     Qt::AlignLeft | Qt::AlignVCenter,
+                     Qt::AlignRight | Qt::AlignVCenter,
                      QStringLiteral("%1 x %2 cells of %3, north up")
                          .arg(grid.cols)
                          .arg(grid.rows)
                          .arg(Distance(grid.cellX)));
     LegendPanel(&painter, layer, options, legendX, picture.mapArea.top());
+    NorthArrow(painter, legendX, legendBottom + 16);
     return picture;
 }
 
 HeadlessGui::HeadlessGui() {
     if (QCoreApplication::instance()) return;
-    // Qt keeps references to these for the application's whole life.
-    static int argc = 3;
+    // Qt keeps the count and the list for the application's whole life, and
+    // takes the options it knows out of them.
     static char program[] = "halvane";
     static char option[] = "-platform";
     static char platform[] = "offscreen";
-    static char* argv[] = {program, option, platform, nullptr};
+    argc_ = 3;
+    argv_ = {program, option, platform, nullptr};
     // Starting up, Qt warns of things a picture does not need, such as a
     // missing runtime folder for root; only real trouble is passed on.
     const QtMessageHandler previous = qInstallMessageHandler(
@@ -262,7 +259,7 @@ HeadlessGui::HeadlessGui() {
                 std::fprintf(stderr, "%s\n", qPrintable(message));
             }
         });
-    app_ = std::make_unique<QGuiApplication>(argc, argv);
+    app_ = std::make_unique<QGuiApplication>(argc_, argv_.data());
     qInstallMessageHandler(previous);
 }
 

@@ -5,6 +5,7 @@
 
 #include <QImage>
 #include <QRect>
+#include <array>
 #include <memory>
 #include <string>
 
@@ -55,6 +56,8 @@ public:
     HeadlessGui& operator=(const HeadlessGui&) = delete;
 
 private:
+    int argc_ = 0;
+    std::array<char*, 4> argv_{};
     std::unique_ptr<QGuiApplication> app_;
 };
 
