@@ -78,12 +78,16 @@ int LegendPanel(QPainter* painter, const RasterLayer& layer, const PictureOption
             painter->drawRect(x, y, kSwatchWidth, kRampHeight);
         }
         const Stretch& stretch = *legend.stretch;
+        // Enough decimals that neighbouring ticks never read the same.
+        const double step = (stretch.high - stretch.low) / (kRampTicks - 1);
+        const int decimals =
+            step > 0 ? std::clamp(1 - static_cast<int>(std::floor(std::log10(step))), 0, 6) : 1;
         for (int i = 0; i < kRampTicks; ++i) {
             const double t = static_cast<double>(i) / (kRampTicks - 1);
             const int at = y + static_cast<int>(std::lround(t * kRampHeight));
             const double value = stretch.high - t * (stretch.high - stretch.low);
             if (painter) painter->drawLine(x + kSwatchWidth, at, x + kSwatchWidth + 5, at);
-            text(at - kRowHeight / 2, Font(13), kInk, QString::number(value, 'f', 1),
+            text(at - kRowHeight / 2, Font(13), kInk, QString::number(value, 'f', decimals),
                  kSwatchWidth + 10);
         }
         y += kRampHeight + kRowHeight / 2 + 8;
