@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <iomanip>
 #include <iostream>
+#include <map>
 #include <sstream>
 
 #include "apps/AnalysisCommands.h"
@@ -175,10 +176,8 @@ std::shared_ptr<ZoneDictionary> LabelsOf(const std::string& dictionary) {
     return labels;
 }
 
-const std::vector<std::string>& DemoGrids() {
-    static const std::vector<std::string> grids = {"ZONES", "SLOPE", "RUGOSITY"};
-    return grids;
-}
+// The grids a demo leaves in its folder.
+constexpr const char* kDemoGrids[] = {"ZONES", "SLOPE", "RUGOSITY"};
 
 }  // namespace
 
@@ -198,8 +197,8 @@ int RunDemo(const Arguments& arguments) {
         return 1;
     }
     // As every stage of the system, the demo never writes over a grid.
-    for (const std::string& grid : DemoGrids()) {
-        const fs::path existing = fs::path(route.workDir) / (grid + ".tif");
+    for (const char* grid : kDemoGrids) {
+        const fs::path existing = fs::path(route.workDir) / (std::string(grid) + ".tif");
         if (fs::exists(existing)) {
             std::cerr << "halvane demo: " << existing.string()
                       << " exists already, and grids are never overwritten. Remove the folder's "
@@ -212,7 +211,8 @@ int RunDemo(const Arguments& arguments) {
     StageBar bar(std::cerr, 6);
     DemoConsole console(bar);
     return RunReported(console, "demo", false, [&] {
-        const raster::RasterPtr input = raster::RasterDataset::Open(route.input)->CreateDefaultRaster();
+        const raster::RasterPtr input =
+            raster::RasterDataset::Open(route.input)->CreateDefaultRaster();
         const raster::Grid& grid = input->GetGrid();
         const raster::RasterStatistics& depths = input->Item(0)->Statistics();
         std::cerr << "Classifying " << route.input << "\n  " << grid.cols << " x " << grid.rows
@@ -221,22 +221,17 @@ int RunDemo(const Arguments& arguments) {
                   << " m\n  with the dictionary " << route.dictionary << "\n  into "
                   << route.workDir << "\n\n";
 
+        const std::map<RouteStage, std::string> stageNames = {
+            {RouteStage::BroadBpi,
+             "Broad-scale BPI, ring of " + route.broadInner + " to " + route.broadOuter + " cells"},
+            {RouteStage::FineBpi,
+             "Fine-scale BPI, ring of " + route.fineInner + " to " + route.fineOuter + " cells"},
+            {RouteStage::Standardize, "Standardized BPI at both scales"},
+            {RouteStage::Zones, "Slope, class grids and zones"},
+        };
         const bool classified = RunClassifyRoute(route, [&](RouteStage stage) {
-            switch (stage) {
-                case RouteStage::Resample:
-                    break;
-                case RouteStage::BroadBpi:
-                    bar.Begin("Broad-scale BPI, ring of 1 to 5 cells");
-                    break;
-                case RouteStage::FineBpi:
-                    bar.Begin("Fine-scale BPI, ring of 1 to 3 cells");
-                    break;
-                case RouteStage::Standardize:
-                    bar.Begin("Standardized BPI at both scales");
-                    break;
-                case RouteStage::Zones:
-                    bar.Begin("Slope, class grids and zones");
-                    break;
+            if (const auto named = stageNames.find(stage); named != stageNames.end()) {
+                bar.Begin(named->second);
             }
         });
         if (!classified) return false;
@@ -244,7 +239,8 @@ int RunDemo(const Arguments& arguments) {
         const std::shared_ptr<ZoneDictionary> labels = g_dict_Zones;
 
         bar.Begin("Rugosity");
-        const raster::RasterDatasetPtr rugosity = RugosityOf(route.workDir, route.input, "RUGOSITY");
+        const raster::RasterDatasetPtr rugosity =
+            RugosityOf(route.workDir, route.input, "RUGOSITY");
         if (!rugosity) return false;
 
         bar.Begin("Pictures");
@@ -254,14 +250,17 @@ int RunDemo(const Arguments& arguments) {
         const std::string zonesPng = (fs::path(route.workDir) / "zones.png").string();
         const std::string bathymetryPng = (fs::path(route.workDir) / "bathymetry.png").string();
         const std::string source = fs::path(route.input).filename().string();
-        if (!Save(map::view::ComposePicture(
-                      *zoneLayer, {"Seafloor zones", source + " classified with the default dictionary",
-                                   "Value", false, 800}),
-                  zonesPng) ||
-            !Save(map::view::ComposePicture(
-                      *LayerOf(raster::RasterDataset::Open(route.input)),
-                      {"Bathymetry", source + ", hillshaded, lit from the north-west",
-                       "Depth (m)", true, 800}),
+        const map::view::PictureOptions zonesView{
+            .title = "Seafloor zones",
+            .subtitle = source + " classified with the default dictionary"};
+        const map::view::PictureOptions depthView{
+            .title = "Bathymetry",
+            .subtitle = source + ", hillshaded, lit from the north-west",
+            .units = "Depth (m)",
+            .hillshade = true};
+        if (!Save(map::view::ComposePicture(*zoneLayer, zonesView), zonesPng) ||
+            !Save(map::view::ComposePicture(*LayerOf(raster::RasterDataset::Open(route.input)),
+                                            depthView),
                   bathymetryPng)) {
             return false;
         }
@@ -270,12 +269,11 @@ int RunDemo(const Arguments& arguments) {
         std::cout << "\nZones of " << zones->Path() << "\n\n";
         g_dict_Zones = labels;
         PrintZones(std::cout, zones);
-        std::cout << "\nRugosity: " << rugosity->Path() << "\nSlope:    "
-                  << (fs::path(route.workDir) / "SLOPE.tif").string() << "\nPictures: "
-                  << zonesPng << "\n          " << bathymetryPng << "\n";
+        std::cout << "\nRugosity: " << rugosity->Path()
+                  << "\nSlope:    " << (fs::path(route.workDir) / "SLOPE.tif").string()
+                  << "\nPictures: " << zonesPng << "\n          " << bathymetryPng << "\n";
         const std::chrono::duration<double> took = Clock::now() - started;
-        std::cout << "\nDone in " << std::fixed << std::setprecision(1) << took.count()
-                  << " s.\n";
+        std::cout << "\nDone in " << std::fixed << std::setprecision(1) << took.count() << " s.\n";
         return true;
     });
 }

@@ -70,8 +70,8 @@ TEST_F(DemoCommandTest, TableAndZonePictureAgreeWithTheZoneGrid) {
     synth::WriteGeoTiff({90, 80, 10.0, 11}, input);
     const Captured run = RunCaptured({"demo", "--workdir", work_, "--input", input});
     ASSERT_EQ(run.status, 0) << run.out;
-    for (const char* file : {"ZONES.tif", "SLOPE.tif", "RUGOSITY.tif", "zones.png",
-                             "bathymetry.png"}) {
+    for (const char* file :
+         {"ZONES.tif", "SLOPE.tif", "RUGOSITY.tif", "zones.png", "bathymetry.png"}) {
         EXPECT_TRUE(fs::exists(fs::path(work_) / file)) << file;
         EXPECT_NE(run.out.find((fs::path(work_) / file).string()), std::string::npos) << file;
     }

@@ -48,7 +48,7 @@ QString Distance(double metres) {
 // The legend is laid out once to know its height, and once more to draw it;
 // `painter` is null on the first pass.
 int LegendPanel(QPainter* painter, const RasterLayer& layer, const PictureOptions& options, int x,
-           int y) {
+                int y) {
     const Legend legend = LegendOf(layer);
     auto text = [&](int top, const QFont& font, const QColor& color, const QString& line,
                     int indent = 0) {
@@ -95,8 +95,9 @@ int LegendPanel(QPainter* painter, const RasterLayer& layer, const PictureOption
         y += kRowHeight + 8;
     }
     // A stretched grid's group only names the ramp's ends, which the ramp shows.
-    for (const LegendGroup& group : legend.groups) {
-        if (legend.stretch) break;
+    const std::size_t classGroups = legend.stretch ? 0 : legend.groups.size();
+    for (std::size_t g = 0; g < classGroups; ++g) {
+        const LegendGroup& group = legend.groups[g];
         text(y, Font(13, false, true), kMuted, Text(group.heading));
         y += kRowHeight + 2;
         for (const LegendClass& entry : group.classes) {
@@ -186,11 +187,11 @@ Picture ComposePicture(const RasterLayer& layer, const PictureOptions& options) 
     const int legendX = picture.mapArea.right() + 1 + kGap;
     const int legendBottom = LegendPanel(nullptr, layer, options, legendX, picture.mapArea.top());
     const int footer = 44;  // the scale bar
-    picture.image =
-        QImage(legendX + kLegendWidth + kMargin,
-               std::max(picture.mapArea.bottom() + 1 + footer, legendBottom + 16 + kNorthArrowHeight) +
-                   kMargin,
-               QImage::Format_RGB32);
+    picture.image = QImage(
+        legendX + kLegendWidth + kMargin,
+        std::max(picture.mapArea.bottom() + 1 + footer, legendBottom + 16 + kNorthArrowHeight) +
+            kMargin,
+        QImage::Format_RGB32);
     picture.image.fill(Qt::white);
     // Kept in the PNG file, so that a reader can tell which pixel shows which
     // place: the map's rectangle in pixels and the extent it shows.
@@ -234,13 +235,13 @@ Picture ComposePicture(const RasterLayer& layer, const PictureOptions& options) 
     const raster::Grid& grid = layer.Raster()->GetGrid();
     painter.setPen(kMuted);
     painter.setFont(Font(12));
-    painter.drawText(QRect(picture.mapArea.left(), picture.mapArea.bottom() + 8,
-                           picture.mapArea.width(), 20),
-                     Qt::AlignRight | Qt::AlignVCenter,
-                     QStringLiteral("%1 x %2 cells of %3, north up")
-                         .arg(grid.cols)
-                         .arg(grid.rows)
-                         .arg(Distance(grid.cellX)));
+    painter.drawText(
+        QRect(picture.mapArea.left(), picture.mapArea.bottom() + 8, picture.mapArea.width(), 20),
+        Qt::AlignRight | Qt::AlignVCenter,
+        QStringLiteral("%1 x %2 cells of %3, north up")
+            .arg(grid.cols)
+            .arg(grid.rows)
+            .arg(Distance(grid.cellX)));
     LegendPanel(&painter, layer, options, legendX, picture.mapArea.top());
     NorthArrow(painter, legendX, legendBottom + 16);
     return picture;
