@@ -211,8 +211,9 @@ int RunDemo(const Arguments& arguments) {
     StageBar bar(std::cerr, 6);
     DemoConsole console(bar);
     return RunReported(console, "demo", false, [&] {
-        const raster::RasterPtr input =
-            raster::RasterDataset::Open(route.input)->CreateDefaultRaster();
+        // One dataset for the summary and the picture, so its statistics are read once.
+        const raster::RasterDatasetPtr inputDataset = raster::RasterDataset::Open(route.input);
+        const raster::RasterPtr input = inputDataset->CreateDefaultRaster();
         const raster::Grid& grid = input->GetGrid();
         const raster::RasterStatistics& depths = input->Item(0)->Statistics();
         std::cerr << "Classifying " << route.input << "\n  " << grid.cols << " x " << grid.rows
@@ -259,9 +260,7 @@ int RunDemo(const Arguments& arguments) {
             .units = "Depth (m)",
             .hillshade = true};
         if (!Save(map::view::ComposePicture(*zoneLayer, zonesView), zonesPng) ||
-            !Save(map::view::ComposePicture(*LayerOf(raster::RasterDataset::Open(route.input)),
-                                            depthView),
-                  bathymetryPng)) {
+            !Save(map::view::ComposePicture(*LayerOf(inputDataset), depthView), bathymetryPng)) {
             return false;
         }
         bar.End();
