@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <cstdio>
 #include <filesystem>
 #include <iomanip>
 #include <iostream>
@@ -33,7 +32,7 @@ using Clock = std::chrono::steady_clock;
 // bar fill in place; a log gets the finished line only.
 class StageBar {
 public:
-    StageBar(std::ostream& out, int stages) : out_(out), stages_(stages) {}
+    explicit StageBar(int stages) : redraws_(isatty(STDERR_FILENO)), stages_(stages) {}
     ~StageBar() { End(); }
 
     void Begin(const std::string& name) {
@@ -43,16 +42,16 @@ public:
         fraction_ = 0;
         started_ = Clock::now();
         open_ = true;
-        if (Redraws()) Draw(false);
+        if (redraws_) Draw(false);
     }
     void Fraction(double fraction) {
         if (!open_ || !(fraction > fraction_)) return;
         fraction_ = std::min(fraction, 1.0);
-        if (Redraws()) Draw(false);
+        if (redraws_) Draw(false);
     }
     // Something else is about to be written: the bar goes on below it.
     void Interrupt() {
-        if (open_ && Redraws()) out_ << "\n";
+        if (open_ && redraws_) std::cerr << "\n";
     }
     void End() {
         if (!open_) return;
@@ -62,8 +61,6 @@ public:
     }
 
 private:
-    bool Redraws() const { return &out_ == &std::cerr && isatty(STDERR_FILENO); }
-
     void Draw(bool done) {
         constexpr int kWidth = 24;
         const int filled = static_cast<int>(fraction_ * kWidth + 0.5);
@@ -75,10 +72,10 @@ private:
             const std::chrono::duration<double> took = Clock::now() - started_;
             line << std::fixed << std::setprecision(1) << std::setw(7) << took.count() << " s";
         }
-        out_ << (Redraws() ? "\r" : "") << line.str() << (done ? "\n" : "") << std::flush;
+        std::cerr << (redraws_ ? "\r" : "") << line.str() << (done ? "\n" : "") << std::flush;
     }
 
-    std::ostream& out_;
+    const bool redraws_;
     int stages_;
     int stage_ = 0;
     std::string name_;
@@ -208,7 +205,7 @@ int RunDemo(const Arguments& arguments) {
     }
 
     const Clock::time_point started = Clock::now();
-    StageBar bar(std::cerr, 6);
+    StageBar bar(6);
     DemoConsole console(bar);
     return RunReported(console, "demo", false, [&] {
         // One dataset for the summary and the picture, so its statistics are read once.
