@@ -1,12 +1,16 @@
 #include "apps/CommandLine.h"
 
 #include <algorithm>
+#include <cctype>
+#include <string_view>
 #include <iostream>
 
 #include "apps/AnalysisCommands.h"
 #include "apps/ClassifyCommands.h"
 #include "apps/DemoCommands.h"
 #include "apps/RasterCommands.h"
+#include "platform/raster/Storage.h"
+#include "platform/runtime/Version.h"
 
 namespace halvane::apps {
 
@@ -149,6 +153,26 @@ const std::vector<Command>& Commands() {
 
 namespace {
 
+// The words as a shell would take them back: quoted where they hold anything
+// but plain characters.
+std::string ShellText(const std::vector<std::string>& words) {
+    std::string text;
+    for (const std::string& word : words) {
+        if (!text.empty()) text += ' ';
+        const bool plain = !word.empty() && std::ranges::all_of(word, [](unsigned char c) {
+            return std::isalnum(c) || std::string_view("-_./=:,+@%").find(c) != std::string_view::npos;
+        });
+        if (plain) {
+            text += word;
+            continue;
+        }
+        text += '\'';
+        for (char c : word) text += c == '\'' ? std::string("'\\''") : std::string(1, c);
+        text += '\'';
+    }
+    return text;
+}
+
 void PrintOverview(std::ostream& out) {
     out << "Usage: halvane <command> [options]\n\nCommands:\n";
     for (const Command& command : Commands()) {
@@ -162,6 +186,11 @@ void PrintOverview(std::ostream& out) {
 
 int Main(int argc, char** argv) {
     std::vector<std::string> args(argv + 1, argv + argc);
+    if (args.size() == 1 && args[0] == "--version") {
+        std::cout << "halvane " << runtime::kVersion << "\n";
+        return 0;
+    }
+    raster::Writer().commandLine = ShellText({argv, argv + argc});
     if (args.empty() || args[0] == "--help" || args[0] == "-h" || args[0] == "help") {
         PrintOverview(args.empty() ? std::cerr : std::cout);
         return args.empty() ? 2 : 0;

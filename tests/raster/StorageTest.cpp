@@ -7,6 +7,8 @@
 #include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <algorithm>
 #include <map>
 #include <set>
 
@@ -143,6 +145,92 @@ TEST(StatisticsTest, ExactMeanDeviationAndTableKeptWithTheGrid) {
     EXPECT_EQ(wider->Statistics().validCells, 90000);
     EXPECT_FALSE(op.Execute("[z] / 2")->Item(0)->HasTable());
 }
+
+// The stored cell type follows the range the operators allow: a type too
+// small would clip values, and NoData must not land on a value of the grid.
+TEST(StoredGridTest, SmallestCellTypeHoldsEveryValueAndNoData) {
+    testing::TempDir dir;
+    const Grid grid{0, 60, 10, 10, 7, 6};
+    std::vector<double> depth = testing::Surface(grid, true);
+    depth[4] = kNoData;
+    testing::WriteGrid(dir / "d.tif", grid, depth, true);
+    RasterWorkspacePtr workspace = RasterWorkspaceFactory().OpenFromFile(dir.Path(), 0);
+    RasterMapAlgebraOp op;
+    op.BindRaster(workspace->OpenRasterDataset("d")->CreateDefaultRaster(), "d");
+
+    struct Case {
+        const char* expression;
+        GDALDataType type;
+        std::function<double(double)> cell;  // of a valid depth
+    };
+    const Case cases[] = {
+        {"con([d] > -90, 254, 0)", GDT_Byte, [](double d) { return d > -90 ? 254 : 0; }},
+        {"con([d] >= -95, 3, 0) * 2", GDT_Byte, [](double d) { return d >= -95 ? 6 : 0; }},
+        {"sum(con([d] > -90, 200, 0), con([d] < -80, 55, 1))", GDT_UInt16,
+         [](double d) { return (d > -90 ? 200 : 0) + (d < -80 ? 55 : 1); }},
+        {"con([d] > -90, 65534, 3)", GDT_UInt16, [](double d) { return d > -90 ? 65534 : 3; }},
+        {"Sqr(con([d] > -90, 16, -16)) - 300", GDT_Int16, [](double) { return 256 - 300; }},
+        {"con([d] > -90, -32767, 32767)", GDT_Int16,
+         [](double d) { return d > -90 ? -32767 : 32767; }},
+        {"con([d] > -90, 65535, 0)", GDT_Int32, [](double d) { return d > -90 ? 65535 : 0; }},
+        {"[d] * 3", GDT_Int32, [](double d) { return d * 3; }},
+        {"int([d] / 2)", GDT_Int32, [](double d) { return std::trunc(d / 2); }},
+        {"[d] / 2", GDT_Float32, [](double d) { return d / 2; }},
+    };
+    int run = 0;
+    for (const Case& c : cases) {
+        const std::string name = "t" + std::to_string(run++);
+        op.Execute(c.expression)->Item(0)->RasterDataset()->Copy(name, workspace);
+        GDALDatasetH stored = GDALOpen((dir / (name + ".tif")).c_str(), GA_ReadOnly);
+        ASSERT_NE(stored, nullptr);
+        EXPECT_EQ(GDALGetRasterDataType(GDALGetRasterBand(stored, 1)), c.type) << c.expression;
+        GDALClose(stored);
+        const std::vector<double> cells = testing::ReadAll(testing::OpenRaster(dir / (name + ".tif")));
+        for (std::size_t i = 0; i < depth.size(); ++i) {
+            if (std::isnan(depth[i])) {
+                EXPECT_TRUE(std::isnan(cells[i])) << c.expression << " cell " << i;
+            } else {
+                EXPECT_EQ(cells[i], c.cell(depth[i])) << c.expression << " cell " << i;
+            }
+        }
+    }
+}
+
+// Every stored grid names its writer, its time, its expression and each file
+// it was computed from, also through computed inputs.
+TEST(StoredGridTest, ProvenanceNamesTheExpressionAndEveryInputFile) {
+    testing::TempDir dir;
+    const Grid grid{0, 60, 10, 10, 7, 6};
+    testing::WriteGrid(dir / "depth.tif", grid, testing::Surface(grid, false));
+    RasterWorkspacePtr workspace = RasterWorkspaceFactory().OpenFromFile(dir.Path(), 0);
+    RasterMapAlgebraOp op;
+    op.BindRaster(workspace->OpenRasterDataset("depth")->CreateDefaultRaster(), "inDepth");
+    op.BindRaster(op.Execute("[inDepth] * 2"), "twice");
+    op.BindRaster(RasterSurfaceOp().Slope(op.Execute("[inDepth] + 1"), 1), "steep");
+    const std::string saved = Writer().commandLine;
+    Writer().commandLine = "halvane calc --name out";
+    op.Execute("[twice] + [steep] + [INDEPTH]")->Item(0)->RasterDataset()->Copy("out", workspace);
+    Writer().commandLine = saved;
+
+    GDALDatasetH out = GDALOpen((dir / "out.tif").c_str(), GA_ReadOnly);
+    ASSERT_NE(out, nullptr);
+    auto item = [&](const char* key) {
+        const char* value = GDALGetMetadataItem(out, key, nullptr);
+        return value ? std::string(value) : std::string("(missing)");
+    };
+    EXPECT_EQ(item("TIFFTAG_SOFTWARE").rfind("Halvane ", 0), 0u);
+    // "YYYY:MM:DD HH:MM:SS", as TIFF dates are written.
+    const std::string date = item("TIFFTAG_DATETIME");
+    EXPECT_TRUE(date.size() == 19 && date[4] == ':' && date[10] == ' ') << date;
+    EXPECT_EQ(item("HALVANE_EXPRESSION"), "[twice] + [steep] + [INDEPTH]");
+    EXPECT_EQ(item("HALVANE_INPUT_twice"), "[inDepth] * 2");
+    EXPECT_EQ(item("HALVANE_INPUT_steep"), "Slope([surface]) in degrees, z factor 1");
+    EXPECT_EQ(item("HALVANE_INPUT_surface"), "[inDepth] + 1");
+    EXPECT_EQ(item("HALVANE_INPUT_inDepth"), dir / "depth.tif");
+    EXPECT_EQ(item("HALVANE_COMMAND"), "halvane calc --name out");
+    GDALClose(out);
+}
+
 
 TEST(EvaluatorTest, TilesAndThreadsGiveTheWholeGridResult) {
     testing::TempDir dir;

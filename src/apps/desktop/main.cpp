@@ -3,12 +3,20 @@
 
 #include <QApplication>
 #include <QStatusBar>
+#include <cstdio>
+#include <cstring>
 
 #include "apps/desktop/MainWindow.h"
 #include "apps/desktop/Registration.h"
+#include "platform/runtime/Version.h"
 #include "platform/ui/qt/QtServices.h"
 
 int main(int argc, char** argv) {
+    // Answered before Qt starts, so it works without a display.
+    if (argc == 2 && std::strcmp(argv[1], "--version") == 0) {
+        std::printf("halvane-desktop %s\n", halvane::runtime::kVersion);
+        return 0;
+    }
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Halvane"));
     halvane::ui::qt::QtServices services;

@@ -13,11 +13,13 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <filesystem>
 #include <limits>
 #include <unordered_map>
 
 #include "platform/raster/Operators.h"
+#include "platform/runtime/Version.h"
 
 namespace fs = std::filesystem;
 
@@ -142,7 +144,11 @@ public:
         }
         if (keepTable_) {
             AttributeTable table;
-            for (const auto& [value, count] : table_) table.push_back({value, count});
+            for (const auto& [value, count] : table_) {
+                AttributeRow& row = table.emplace_back();
+                row.Value = value;
+                row.Count = count;
+            }
             std::ranges::sort(table, {}, &AttributeRow::Value);
             summary.table = std::move(table);
         }
@@ -220,7 +226,77 @@ std::string Format(double value) {
     return text;
 }
 
-void WriteSummary(GDALDatasetH dataset, const GridSummary& summary, std::int64_t cells) {
+// The cell type of a stored grid, and the NoData value it is written with.
+struct CellType {
+    GDALDataType type;
+    double noData;
+};
+
+// The smallest type that holds every value the grid's operators allow, with
+// one value to spare for NoData; floating grids stay 32-bit.
+CellType CellTypeOf(const Node& node) {
+    if (!node.integer) return {GDT_Float32, kFloatNoData};
+    if (node.low >= 0.0 && node.high <= 254.0) return {GDT_Byte, 255.0};
+    if (node.low >= 0.0 && node.high <= 65534.0) return {GDT_UInt16, 65535.0};
+    if (node.low >= -32767.0 && node.high <= 32767.0) return {GDT_Int16, -32768.0};
+    return {GDT_Int32, static_cast<double>(kIntNoData)};
+}
+
+// The range of values a band's cell type can hold.
+std::pair<double, double> RangeOf(GDALDataType type) {
+    switch (type) {
+        case GDT_Byte:
+            return {0.0, 255.0};
+        case GDT_UInt16:
+            return {0.0, 65535.0};
+        case GDT_Int16:
+            return {-32768.0, 32767.0};
+        case GDT_UInt32:
+            return {0.0, 4294967295.0};
+        case GDT_Int32:
+            return {-2147483648.0, 2147483647.0};
+        default:
+            return {-std::numeric_limits<double>::infinity(),
+                    std::numeric_limits<double>::infinity()};
+    }
+}
+
+// Column names of the attribute table of a grid of classes.
+constexpr const char* kNameColumn = "Class_Name";
+constexpr const char* kColorColumns[] = {"Red", "Green", "Blue"};
+
+bool Named(const AttributeTable& table) {
+    return std::ranges::any_of(table,
+                               [](const AttributeRow& r) { return !r.Class_Name.empty() || r.color; });
+}
+
+// Colour table and category names, indexed by value, for viewers that know
+// no attribute tables. Only bands of non-negative values can index them.
+void WriteClassesByValue(GDALRasterBandH band, const AttributeTable& table, GDALDataType type) {
+    if (table.empty() || table.front().Value < 0 || (type != GDT_Byte && type != GDT_UInt16)) {
+        return;
+    }
+    const int entries = table.back().Value + 1;
+    GDALColorTableH colors = GDALCreateColorTable(GPI_RGB);
+    // TIFF palettes hold no alpha: values without a class are black.
+    const GDALColorEntry none = {0, 0, 0, 255};
+    for (int i = 0; i < entries; ++i) GDALSetColorEntry(colors, i, &none);
+    std::vector<std::string> names(static_cast<std::size_t>(entries));
+    for (const AttributeRow& row : table) {
+        names[static_cast<std::size_t>(row.Value)] = row.Class_Name;
+        if (!row.color) continue;
+        const GDALColorEntry entry = {row.color->red, row.color->green, row.color->blue, 255};
+        GDALSetColorEntry(colors, row.Value, &entry);
+    }
+    GDALSetRasterColorTable(band, colors);
+    GDALDestroyColorTable(colors);
+    CPLStringList list;
+    for (const std::string& name : names) list.AddString(name.c_str());
+    GDALSetRasterCategoryNames(band, list.List());
+}
+
+void WriteSummary(GDALDatasetH dataset, const GridSummary& summary, std::int64_t cells,
+                  GDALDataType type) {
     GDALRasterBandH band = GDALGetRasterBand(dataset, 1);
     const RasterStatistics& s = summary.statistics;
     if (s.validCells > 0) {
@@ -236,17 +312,57 @@ void WriteSummary(GDALDatasetH dataset, const GridSummary& summary, std::int64_t
         nullptr);
     GDALSetMetadataItem(band, kValidCellsKey, std::to_string(s.validCells).c_str(), nullptr);
     if (!summary.table) return;
+    const AttributeTable& table = *summary.table;
+    const bool named = Named(table);
     GDALRasterAttributeTableH rat = GDALCreateRasterAttributeTable();
     GDALRATCreateColumn(rat, "Value", GFT_Integer, GFU_MinMax);
     GDALRATCreateColumn(rat, "Count", GFT_Real, GFU_PixelCount);
-    GDALRATSetRowCount(rat, static_cast<int>(summary.table->size()));
-    for (std::size_t row = 0; row < summary.table->size(); ++row) {
-        const AttributeRow& r = (*summary.table)[row];
-        GDALRATSetValueAsInt(rat, static_cast<int>(row), 0, r.Value);
-        GDALRATSetValueAsDouble(rat, static_cast<int>(row), 1, static_cast<double>(r.Count));
+    if (named) {
+        GDALRATCreateColumn(rat, kNameColumn, GFT_String, GFU_Name);
+        GDALRATCreateColumn(rat, kColorColumns[0], GFT_Integer, GFU_Red);
+        GDALRATCreateColumn(rat, kColorColumns[1], GFT_Integer, GFU_Green);
+        GDALRATCreateColumn(rat, kColorColumns[2], GFT_Integer, GFU_Blue);
+    }
+    GDALRATSetRowCount(rat, static_cast<int>(table.size()));
+    for (std::size_t i = 0; i < table.size(); ++i) {
+        const AttributeRow& r = table[i];
+        const int row = static_cast<int>(i);
+        GDALRATSetValueAsInt(rat, row, 0, r.Value);
+        GDALRATSetValueAsDouble(rat, row, 1, static_cast<double>(r.Count));
+        if (!named) continue;
+        GDALRATSetValueAsString(rat, row, 2, r.Class_Name.c_str());
+        const Rgb color = r.color.value_or(Rgb{});
+        GDALRATSetValueAsInt(rat, row, 3, color.red);
+        GDALRATSetValueAsInt(rat, row, 4, color.green);
+        GDALRATSetValueAsInt(rat, row, 5, color.blue);
     }
     GDALSetDefaultRAT(band, rat);
     GDALDestroyRasterAttributeTable(rat);
+    if (named) WriteClassesByValue(band, table, type);
+}
+
+// "YYYY:MM:DD HH:MM:SS", the form of the TIFF date tag, in local time.
+std::string TiffDateNow() {
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&now, &local);
+    char text[32];
+    std::strftime(text, sizeof text, "%Y:%m:%d %H:%M:%S", &local);
+    return text;
+}
+
+// Which program made the grid, when, and from what.
+void WriteProvenance(GDALDatasetH dataset, const GridDescription& description) {
+    const WriterDescription& writer = Writer();
+    auto item = [&](const std::string& key, const std::string& value) {
+        GDALSetMetadataItem(dataset, key.c_str(), value.c_str(), nullptr);
+    };
+    item("TIFFTAG_SOFTWARE", writer.software);
+    item("TIFFTAG_DATETIME", TiffDateNow());
+    if (!description.expression.empty()) item("HALVANE_EXPRESSION", description.expression);
+    for (const auto& [name, source] : description.inputs) item("HALVANE_INPUT_" + name, source);
+    if (!writer.commandLine.empty()) item("HALVANE_COMMAND", writer.commandLine);
+    for (const auto& [key, value] : description.items) item(key, value);
 }
 
 // What this engine stored with a grid it wrote, if it did.
@@ -269,10 +385,28 @@ std::optional<GridSummary> ReadSummary(const std::string& path) {
         s.statistics.Maximum = item("STATISTICS_MAXIMUM");
         GDALRasterAttributeTableH rat = GDALGetDefaultRAT(band);
         if (rat) {
+            auto column = [&](const char* name) {
+                for (int c = 0; c < GDALRATGetColumnCount(rat); ++c) {
+                    if (EqualsNoCase(GDALRATGetNameOfCol(rat, c), name)) return c;
+                }
+                return -1;
+            };
+            const int nameColumn = column(kNameColumn);
+            const int colorColumns[] = {column(kColorColumns[0]), column(kColorColumns[1]),
+                                        column(kColorColumns[2])};
+            const bool colored = std::ranges::none_of(colorColumns, [](int c) { return c < 0; });
             AttributeTable table;
             for (int row = 0; row < GDALRATGetRowCount(rat); ++row) {
-                table.push_back({GDALRATGetValueAsInt(rat, row, 0),
-                                 static_cast<std::int64_t>(GDALRATGetValueAsDouble(rat, row, 1))});
+                AttributeRow& r = table.emplace_back();
+                r.Value = GDALRATGetValueAsInt(rat, row, 0);
+                r.Count = static_cast<std::int64_t>(GDALRATGetValueAsDouble(rat, row, 1));
+                if (nameColumn >= 0) r.Class_Name = GDALRATGetValueAsString(rat, row, nameColumn);
+                if (!colored) continue;
+                auto channel = [&](int k) {
+                    return static_cast<std::uint8_t>(
+                        std::clamp(GDALRATGetValueAsInt(rat, row, colorColumns[k]), 0, 255));
+                };
+                r.color = Rgb{channel(0), channel(1), channel(2)};
             }
             s.table = std::move(table);
         }  // an integer grid of ours without one has too many values for a table
@@ -294,6 +428,11 @@ void RemoveFileAndSidecars(const fs::path& file) {
 }
 
 }  // namespace
+
+WriterDescription& Writer() {
+    static WriterDescription writer{std::string("Halvane ") + runtime::kVersion, ""};
+    return writer;
+}
 
 void EnsureGdal() {
     static std::once_flag once;
@@ -386,6 +525,7 @@ RasterDatasetPtr RasterDataset::Open(const std::string& path) {
                  GDALGetRasterYSize(dataset)};
     const GDALDataType type = GDALGetRasterDataType(first);
     band.integer = !GDALDataTypeIsFloating(type) && !GDALDataTypeIsComplex(type);
+    std::tie(band.low, band.high) = RangeOf(type);
     int hasNoData = 0;
     band.noData = GDALGetRasterNoDataValue(first, &hasNoData);
     band.hasNoData = hasNoData != 0;
@@ -423,6 +563,8 @@ RasterDatasetPtr RasterDataset::Copy(const std::string& name, const RasterWorksp
     }
     const Grid& grid = node_->grid;
     const bool integer = node_->integer;
+    const CellType cellType = CellTypeOf(*node_);
+    const auto intNoData = static_cast<std::int32_t>(cellType.noData);
     const fs::path folder(target.PathName());
     const fs::path partial = folder / (TemporaryName(name) + ".tif");
     const fs::path final = folder / (name + ".tif");
@@ -438,7 +580,7 @@ RasterDatasetPtr RasterDataset::Copy(const std::string& name, const RasterWorksp
     GDALDriverH driver = GDALGetDriverByName("GTiff");
     CPLErrorReset();
     GDALDatasetH out = GDALCreate(driver, partial.c_str(), static_cast<int>(grid.cols),
-                                  static_cast<int>(grid.rows), 1, integer ? GDT_Int32 : GDT_Float32,
+                                  static_cast<int>(grid.rows), 1, cellType.type,
                                   const_cast<char**>(options));
     if (!out) throw EngineFailure("Cannot create '" + final.string() + "'" + LastGdalError());
     double transform[6] = {grid.left, grid.cellX, 0.0, grid.top, 0.0, -grid.cellY};
@@ -447,7 +589,7 @@ RasterDatasetPtr RasterDataset::Copy(const std::string& name, const RasterWorksp
         GDALSetProjection(out, node_->spatialReference->c_str());
     }
     GDALRasterBandH band = GDALGetRasterBand(out, 1);
-    GDALSetRasterNoDataValue(band, integer ? kIntNoData : kFloatNoData);
+    GDALSetRasterNoDataValue(band, cellType.noData);
 
     // Until the grid is complete, a failure removes what was written.
     struct PartialFile {
@@ -470,7 +612,7 @@ RasterDatasetPtr RasterDataset::Copy(const std::string& name, const RasterWorksp
         if (integer) {
             ints.resize(stored.size());
             for (std::size_t i = 0; i < stored.size(); ++i) {
-                ints[i] = std::isnan(stored[i]) ? kIntNoData : static_cast<std::int32_t>(stored[i]);
+                ints[i] = std::isnan(stored[i]) ? intNoData : static_cast<std::int32_t>(stored[i]);
             }
             buffer = ints.data();
         } else {
@@ -489,15 +631,18 @@ RasterDatasetPtr RasterDataset::Copy(const std::string& name, const RasterWorksp
         }
     });
     GridSummary summary = builder.Finish();
-    WriteSummary(out, summary, grid.Cells());
+    if (summary.table && description_.nameClasses) description_.nameClasses(*summary.table);
+    WriteSummary(out, summary, grid.Cells(), cellType.type);
+    WriteProvenance(out, description_);
     CPLErrorReset();
     partialFile.dataset = nullptr;
     GDALClose(out);
     if (CPLGetLastErrorType() >= CE_Failure) {
         throw EngineFailure("Cannot write '" + final.string() + "'" + LastGdalError());
     }
+    const fs::path& written = partialFile.path;
     // The grid appears under its name only when complete, and never over another.
-    if (::renameat2(AT_FDCWD, partial.c_str(), AT_FDCWD, final.c_str(), RENAME_NOREPLACE) != 0) {
+    if (::renameat2(AT_FDCWD, written.c_str(), AT_FDCWD, final.c_str(), RENAME_NOREPLACE) != 0) {
         const int error = errno;
         if (error == EEXIST) {
             throw EngineFailure("Grid '" + name + "' already exists in " + target.PathName());
@@ -506,7 +651,7 @@ RasterDatasetPtr RasterDataset::Copy(const std::string& name, const RasterWorksp
     }
     // Without its side file the grid is still whole: statistics are then computed again.
     std::error_code ec;
-    fs::rename(partial.string() + ".aux.xml", final.string() + ".aux.xml", ec);
+    fs::rename(written.string() + ".aux.xml", final.string() + ".aux.xml", ec);
     partialFile.path.clear();
     RasterDatasetPtr stored = Open(final.string());
     stored->summary_ = std::move(summary);
