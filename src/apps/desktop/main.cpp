@@ -5,11 +5,29 @@
 #include <QStatusBar>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <string>
 
 #include "apps/desktop/MainWindow.h"
 #include "apps/desktop/Registration.h"
 #include "platform/runtime/Version.h"
 #include "platform/ui/qt/QtServices.h"
+
+namespace {
+
+// The component installed with the program, else the one it was built with.
+std::string ComponentLibrary() {
+    std::error_code error;
+    const std::filesystem::path installed =
+        std::filesystem::read_symlink("/proc/self/exe", error).parent_path() /
+        HALVANE_INSTALLED_COMPONENT;
+    if (!error && std::filesystem::exists(installed, error)) {
+        return std::filesystem::weakly_canonical(installed, error).string();
+    }
+    return HALVANE_COMPONENT_LIBRARY;
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
     // Answered before Qt starts, so it works without a display.
@@ -24,7 +42,7 @@ int main(int argc, char** argv) {
 
     halvane::desktop::MainWindow window;
     std::string error;
-    if (!halvane::desktop::EnsureComponentRegistered(HALVANE_COMPONENT_LIBRARY, error)) {
+    if (!halvane::desktop::EnsureComponentRegistered(ComponentLibrary(), error)) {
         window.statusBar()->showMessage(QString::fromStdString(error));
     } else {
         window.LoadComponent();
