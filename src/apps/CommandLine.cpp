@@ -4,6 +4,7 @@
 #include <cctype>
 #include <string_view>
 #include <iostream>
+#include <set>
 
 #include "apps/AnalysisCommands.h"
 #include "apps/ClassifyCommands.h"
@@ -173,6 +174,30 @@ std::string ShellText(const std::vector<std::string>& words) {
     return text;
 }
 
+// The commands that write grids take --layout: "plain" (the default) writes
+// tiled GeoTIFFs in one pass, "cog" cloud-optimized ones with overviews.
+constexpr const char* kLayoutOption = "--layout";
+constexpr const char* kLayoutHelp =
+    "\n\nGrids are written as tiled GeoTIFFs in one pass; --layout cog writes\n"
+    "cloud-optimized GeoTIFFs with internal overviews instead (a second pass).";
+
+bool WritesGrids(const Command& command) {
+    static const std::set<std::string> writers = {"calc",     "slope",    "bpi",
+                                                  "standardize", "resample", "rugosity",
+                                                  "classify", "demo"};
+    return writers.count(command.name) > 0;
+}
+
+void ApplyLayout(const Arguments& arguments) {
+    raster::Writing() = raster::WriteSettings{};
+    if (!arguments.Has(kLayoutOption)) return;
+    const std::string layout = arguments.Required(kLayoutOption);
+    if (layout != "cog" && layout != "plain") {
+        throw UsageError{std::string(kLayoutOption) + " takes cog or plain, not '" + layout + "'"};
+    }
+    raster::Writing().cloudOptimized = layout == "cog";
+}
+
 void PrintOverview(std::ostream& out) {
     out << "Usage: halvane <command> [options]\n\nCommands:\n";
     for (const Command& command : Commands()) {
@@ -202,13 +227,17 @@ int Main(int argc, char** argv) {
         PrintOverview(std::cerr);
         return 2;
     }
-    const std::string usage = std::string("Usage: halvane ") + command->name + " " + command->usage;
+    Command accepted = *command;
+    if (WritesGrids(accepted)) accepted.valueOptions.push_back(kLayoutOption);
+    const std::string usage = std::string("Usage: halvane ") + command->name + " " + command->usage +
+                              (WritesGrids(accepted) ? kLayoutHelp : "");
     try {
-        const Arguments arguments = Parse(*command, {args.begin() + 1, args.end()});
+        const Arguments arguments = Parse(accepted, {args.begin() + 1, args.end()});
         if (arguments.help) {
             std::cout << usage << "\n\n" << command->summary << "\n";
             return 0;
         }
+        ApplyLayout(arguments);
         return command->run(arguments);
     } catch (const UsageError& error) {
         std::cerr << "halvane " << command->name << ": " << error.message << "\n" << usage << "\n";

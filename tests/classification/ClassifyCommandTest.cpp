@@ -20,6 +20,7 @@
 #include "platform/map/Layers.h"
 #include "platform/map/view/Rendering.h"
 #include "platform/runtime/Convert.h"
+#include "support/GridFiles.h"
 #include "support/StageFixture.h"
 #include "synth/Synth.h"
 
@@ -189,6 +190,13 @@ TEST_F(ClassifyCommandTest, ZoneGridCarriesTheDictionarysClassesByValue) {
               "halvane classify --workdir " + work_ + " --dictionary " + dictionary + " " + input);
     GDALClose(file);
 
+    ::testing::internal::CaptureStdout();
+    EXPECT_EQ(Halvane({"info", "--json", zones}), 0);
+    EXPECT_NE(::testing::internal::GetCapturedStdout().find(
+                  "\"classes\": [[0, \"Unclassified\"], [2, \"Middle\"], [4, \"Deep\"], [6, "
+                  "\"Overlap\"]], \"provenance\": {"),
+              std::string::npos);
+
     // The desktop's layer of the file, as File > Open makes it, lists the names.
     map::RasterLayer opened;
     opened.CreateFromDataset(raster::RasterDataset::Open(zones));
@@ -203,6 +211,36 @@ TEST_F(ClassifyCommandTest, ZoneGridCarriesTheDictionarysClassesByValue) {
     slope.CreateFromDataset(raster::RasterDataset::Open(work_ + "/SLOPE.tif"));
     EXPECT_FALSE(map::ShowStoredClasses(slope));
     EXPECT_EQ(slope.Renderer(), nullptr);
+}
+
+// With --layout cog every grid the route and the stage commands write is a
+// valid cloud-optimized GeoTIFF by GDAL's own check, and tells its provenance.
+TEST_F(ClassifyCommandTest, EveryOutputIsCloudOptimizedWhenAskedAndTellsItsSource) {
+    const std::string input = dir_ / "bathymetry.tif";
+    synth::WriteGeoTiff({600, 540, 10.0, 5}, input);
+    const std::string cog[] = {"--layout", "cog"};
+    auto run = [&](std::vector<std::string> args) {
+        args.insert(args.begin() + 1, std::begin(cog), std::end(cog));
+        return Halvane(args);
+    };
+    ASSERT_EQ(run({"classify", "--workdir", work_, input}), 0);
+    ASSERT_EQ(run({"rugosity", "--workdir", work_, "--name", "RUGOSITY", input}), 0);
+    ASSERT_EQ(run({"bpi", "--workdir", work_, "--inner", "1", "--outer", "5", input}), 0);
+    ASSERT_EQ(run({"standardize", "--workdir", work_, work_ + "/tmpBroadBPI.tif"}), 0);
+    ASSERT_EQ(run({"resample", "--workdir", work_, "--name", "coarse", "--cell-size", "15", input}),
+              0);
+    for (const char* grid : {"ZONES", "SLOPE", "RUGOSITY", "tmpBroadBPI", "tmpBroadstd", "coarse"}) {
+        const std::string path = work_ + "/" + grid + ".tif";
+        EXPECT_EQ(testing::CloudOptimizedProblems(path), "") << grid;
+        GDALDatasetH file = GDALOpen(path.c_str(), GA_ReadOnly);
+        ASSERT_NE(file, nullptr) << grid;
+        EXPECT_GE(GDALGetOverviewCount(GDALGetRasterBand(file, 1)), 1) << grid;
+        for (const char* key : {"TIFFTAG_SOFTWARE", "TIFFTAG_DATETIME", "HALVANE_EXPRESSION",
+                                "HALVANE_COMMAND"}) {
+            EXPECT_NE(GDALGetMetadataItem(file, key, nullptr), nullptr) << grid << " " << key;
+        }
+        GDALClose(file);
+    }
 }
 
 TEST_F(ClassifyCommandTest, ExitStatusTellsUsageErrorsFromRefusedRuns) {

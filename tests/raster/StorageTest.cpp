@@ -231,6 +231,90 @@ TEST(StoredGridTest, ProvenanceNamesTheExpressionAndEveryInputFile) {
     GDALClose(out);
 }
 
+// Cloud-optimized files pass GDAL's own validation and carry overviews that
+// keep the values of a class grid (nearest) and smooth a continuous one
+// (average); the one-pass plain file holds the same cells, table and items.
+TEST(StoredGridTest, CloudOptimizedFilesValidateWithOverviewsOfEachKind) {
+    testing::TempDir dir;
+    const Grid grid{0, 7000, 10, 10, 1100, 700};
+    std::vector<double> depth = testing::Surface(grid, false);
+    for (std::size_t i = 0; i < depth.size(); i += 97) depth[i] = kNoData;
+    testing::WriteGrid(dir / "d.tif", grid, depth);
+    RasterWorkspacePtr workspace = RasterWorkspaceFactory().OpenFromFile(dir.Path(), 0);
+    RasterMapAlgebraOp op;
+    op.BindRaster(workspace->OpenRasterDataset("d")->CreateDefaultRaster(), "d");
+    const WriteSettings saved = Writing();
+    for (const bool cloud : {true, false}) {
+        Writing().cloudOptimized = cloud;
+        const std::string suffix = cloud ? "cog" : "plain";
+        op.Execute("con([d] > -60, 3, 7)")->Item(0)->RasterDataset()->Copy("classes" + suffix,
+                                                                             workspace);
+        op.Execute("[d] / 3")->Item(0)->RasterDataset()->Copy("third" + suffix, workspace);
+    }
+    Writing() = saved;
+
+    for (const char* name : {"classes", "third"}) {
+        const std::string cog = dir / (std::string(name) + "cog.tif");
+        const std::string plain = dir / (std::string(name) + "plain.tif");
+        EXPECT_EQ(testing::CloudOptimizedProblems(cog), "") << name;
+        EXPECT_NE(testing::CloudOptimizedProblems(plain), "") << name;
+        const std::vector<double> cells = testing::ReadAll(testing::OpenRaster(cog));
+        const std::vector<double> plainCells = testing::ReadAll(testing::OpenRaster(plain));
+        ASSERT_EQ(cells.size(), plainCells.size());
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            ASSERT_TRUE(cells[i] == plainCells[i] || (std::isnan(cells[i]) && std::isnan(plainCells[i])))
+                << name << " cell " << i;
+        }
+        RasterDatasetPtr reopened = RasterDataset::Open(cog);
+        EXPECT_EQ(reopened->HasTable(), std::string(name) == "classes");
+        EXPECT_EQ(reopened->Statistics().validCells,
+                  RasterDataset::Open(plain)->Statistics().validCells);
+
+        GDALDatasetH file = GDALOpen(cog.c_str(), GA_ReadOnly);
+        ASSERT_NE(file, nullptr);
+        EXPECT_NE(GDALGetMetadataItem(file, "HALVANE_EXPRESSION", nullptr), nullptr);
+        GDALRasterBandH band = GDALGetRasterBand(file, 1);
+        ASSERT_GE(GDALGetOverviewCount(band), 1);
+        GDALRasterBandH half = GDALGetOverview(band, 0);
+        const int cols = GDALGetRasterBandXSize(half), rows = GDALGetRasterBandYSize(half);
+        ASSERT_EQ(cols, 550);
+        ASSERT_EQ(rows, 350);
+        std::vector<double> overview(static_cast<std::size_t>(cols) * rows);
+        ASSERT_EQ(GDALRasterIO(half, GF_Read, 0, 0, cols, rows, overview.data(), cols, rows,
+                               GDT_Float64, 0, 0),
+                  CE_None);
+        int hasNoData = 0;
+        const double noData = GDALGetRasterNoDataValue(half, &hasNoData);
+        ASSERT_TRUE(hasNoData);
+        int mixed = 0;
+        for (int r = 0; r < rows; ++r) {
+            for (int c = 0; c < cols; ++c) {
+                std::vector<double> block;
+                for (int k = 0; k < 4; ++k) {
+                    const double v = cells[(2 * r + k / 2) * grid.cols + 2 * c + k % 2];
+                    if (!std::isnan(v)) block.push_back(v);
+                }
+                const double got = overview[static_cast<std::size_t>(r) * cols + c];
+                if (block.empty()) {
+                    ASSERT_EQ(got, noData);
+                } else if (std::string(name) == "classes") {
+                    // A cell of the block, never a blend of two classes.
+                    ASSERT_TRUE(got == 3 || got == 7 || (got == noData && block.size() < 4))
+                        << got;
+                    mixed += std::count(block.begin(), block.end(), got) < static_cast<long>(block.size());
+                } else {
+                    double mean = 0;
+                    for (double v : block) mean += v / static_cast<double>(block.size());
+                    ASSERT_NEAR(got, mean, 1e-4) << r << "," << c;
+                }
+            }
+        }
+        if (std::string(name) == "classes") {
+            EXPECT_GT(mixed, 0);
+        }
+        GDALClose(file);
+    }
+}
 
 TEST(EvaluatorTest, TilesAndThreadsGiveTheWholeGridResult) {
     testing::TempDir dir;

@@ -416,6 +416,29 @@ std::optional<GridSummary> ReadSummary(const std::string& path) {
     return summary;
 }
 
+// Rewrites a finished tiled grid as a cloud-optimized one: overviews down to
+// one block, and the headers of all levels ahead of their cells, smallest
+// level first, so that a reader over the network fetches only what it shows.
+void WriteCloudOptimized(const fs::path& source, const fs::path& target, bool integer) {
+    GDALDatasetH in = GDALOpen(source.c_str(), GA_ReadOnly);
+    if (!in) throw EngineFailure("Cannot read '" + source.string() + "'" + LastGdalError());
+    const char* options[] = {"COMPRESS=ZSTD",
+                             "LEVEL=1",
+                             integer ? "PREDICTOR=NO" : "PREDICTOR=STANDARD",
+                             "BLOCKSIZE=256",
+                             integer ? "OVERVIEW_RESAMPLING=NEAREST" : "OVERVIEW_RESAMPLING=AVERAGE",
+                             "NUM_THREADS=ALL_CPUS",
+                             "BIGTIFF=IF_SAFER",
+                             nullptr};
+    CPLErrorReset();
+    GDALDatasetH out = GDALCreateCopy(GDALGetDriverByName("COG"), target.c_str(), in, FALSE,
+                                      const_cast<char**>(options), nullptr, nullptr);
+    const std::string failure = LastGdalError();
+    GDALClose(in);
+    if (!out) throw EngineFailure("Cannot write '" + target.string() + "'" + failure);
+    GDALClose(out);
+}
+
 std::string TemporaryName(const std::string& name) {
     static std::atomic<unsigned> counter{0};
     return "." + name + ".part" + std::to_string(::getpid()) + "_" + std::to_string(counter++);
@@ -428,6 +451,11 @@ void RemoveFileAndSidecars(const fs::path& file) {
 }
 
 }  // namespace
+
+WriteSettings& Writing() {
+    static WriteSettings settings;
+    return settings;
+}
 
 WriterDescription& Writer() {
     static WriterDescription writer{std::string("Halvane ") + runtime::kVersion, ""};
@@ -640,6 +668,12 @@ RasterDatasetPtr RasterDataset::Copy(const std::string& name, const RasterWorksp
     if (CPLGetLastErrorType() >= CE_Failure) {
         throw EngineFailure("Cannot write '" + final.string() + "'" + LastGdalError());
     }
+    PartialFile cloudOptimized{nullptr, {}};
+    if (Writing().cloudOptimized) {
+        cloudOptimized.path = folder / (TemporaryName(name) + ".tif");
+        WriteCloudOptimized(partial, cloudOptimized.path, integer);
+        std::swap(partialFile.path, cloudOptimized.path);
+    }
     const fs::path& written = partialFile.path;
     // The grid appears under its name only when complete, and never over another.
     if (::renameat2(AT_FDCWD, written.c_str(), AT_FDCWD, final.c_str(), RENAME_NOREPLACE) != 0) {
@@ -656,6 +690,22 @@ RasterDatasetPtr RasterDataset::Copy(const std::string& name, const RasterWorksp
     RasterDatasetPtr stored = Open(final.string());
     stored->summary_ = std::move(summary);
     return stored;
+}
+
+std::vector<std::pair<std::string, std::string>> RasterDataset::StoredItems() const {
+    std::vector<std::pair<std::string, std::string>> items;
+    if (IsTemporary()) return items;
+    GDALDatasetH dataset =
+        GDALOpenEx(path_.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY, nullptr, nullptr, nullptr);
+    if (!dataset) return items;
+    for (char** item = GDALGetMetadata(dataset, nullptr); item && *item; ++item) {
+        char* key = nullptr;
+        const char* value = CPLParseNameValue(*item, &key);
+        if (key && value) items.emplace_back(key, value);
+        CPLFree(key);
+    }
+    GDALClose(dataset);
+    return items;
 }
 
 bool RasterDataset::CanDelete() const {
@@ -703,13 +753,46 @@ std::string Raster::SpatialReference() const {
     return node_->spatialReference ? *node_->spatialReference : std::string();
 }
 
-bool Raster::IsProjected() const {
-    const std::string wkt = SpatialReference();
-    if (wkt.empty()) return false;
+namespace {
+
+// What `ask` answers of the raster's reference system, or `none` without one.
+template <class T>
+T AskReference(const std::string& wkt, T none, const std::function<T(OGRSpatialReferenceH)>& ask) {
+    if (wkt.empty()) return none;
     OGRSpatialReferenceH srs = OSRNewSpatialReference(wkt.c_str());
-    const bool projected = srs && OSRIsProjected(srs);
-    if (srs) OSRDestroySpatialReference(srs);
-    return projected;
+    if (!srs) return none;
+    T answer = ask(srs);
+    OSRDestroySpatialReference(srs);
+    return answer;
+}
+
+}  // namespace
+
+bool Raster::IsProjected() const {
+    return AskReference<bool>(SpatialReference(), false,
+                              [](OGRSpatialReferenceH srs) { return OSRIsProjected(srs) != 0; });
+}
+
+std::string Raster::SpatialReferenceName() const {
+    return AskReference<std::string>(SpatialReference(), "", [](OGRSpatialReferenceH srs) {
+        const char* name = OSRGetName(srs);
+        return std::string(name ? name : "");
+    });
+}
+
+std::optional<int> Raster::EpsgCode() const {
+    return AskReference<std::optional<int>>(
+        SpatialReference(), std::nullopt, [](OGRSpatialReferenceH srs) -> std::optional<int> {
+            // The code the reference carries, else the one it matches outright.
+            const char* type = OSRGetAuthorityName(srs, nullptr);
+            if (!type || !EqualsNoCase(type, "EPSG")) {
+                if (OSRAutoIdentifyEPSG(srs) != OGRERR_NONE) return std::nullopt;
+                type = OSRGetAuthorityName(srs, nullptr);
+            }
+            const char* code = OSRGetAuthorityCode(srs, nullptr);
+            if (!type || !EqualsNoCase(type, "EPSG") || !code) return std::nullopt;
+            return std::atoi(code);
+        });
 }
 
 std::shared_ptr<RasterBand> Raster::Item(int index) {

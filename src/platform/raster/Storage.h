@@ -72,6 +72,16 @@ struct WriterDescription {
 };
 WriterDescription& Writer();
 
+// How grids are written.
+struct WriteSettings {
+    // A cloud-optimized GeoTIFF, with internal overviews (nearest for integer
+    // grids, average for floating ones) ahead of the cells; else a plain
+    // tiled GeoTIFF, written in one pass. Off by default: the second pass
+    // costs more than the grid's write itself (bench/, "overviews").
+    bool cloudOptimized = false;
+};
+WriteSettings& Writing();
+
 // An integer grid keeps a table up to this many distinct values.
 inline constexpr std::size_t kMaxTableValues = 65536;
 
@@ -135,6 +145,10 @@ public:
 
     const NodePtr& Node() const { return node_; }
 
+    // The dataset-level metadata items of a stored grid's file, in the file's
+    // order; none for a computed grid.
+    std::vector<std::pair<std::string, std::string>> StoredItems() const;
+
     // What Copy stores with the cells of a computed grid.
     GridDescription& Description() { return description_; }
     const GridDescription& Description() const { return description_; }
@@ -180,6 +194,9 @@ public:
     Pnt MeanCellSize() const;
     std::string SpatialReference() const;
     bool IsProjected() const;
+    // The reference system's name, and its EPSG code when it has one.
+    std::string SpatialReferenceName() const;
+    std::optional<int> EpsgCode() const;
 
     // Band 0, the only one; any other index fails.
     std::shared_ptr<RasterBand> Item(int index);
