@@ -196,6 +196,34 @@ TEST(StoredGridTest, SmallestCellTypeHoldsEveryValueAndNoData) {
     }
 }
 
+// A byte grid saved again stays a byte grid: its NoData value is no value of
+// its cells; one more than its largest value no longer fits.
+TEST(StoredGridTest, ByteGridStaysByteWhenSavedAgain) {
+    testing::TempDir dir;
+    const Grid grid{0, 60, 10, 10, 7, 6};
+    std::vector<double> depth = testing::Surface(grid, true);
+    depth[9] = kNoData;
+    testing::WriteGrid(dir / "d.tif", grid, depth, true);
+    RasterWorkspacePtr workspace = RasterWorkspaceFactory().OpenFromFile(dir.Path(), 0);
+    RasterMapAlgebraOp op;
+    op.BindRaster(workspace->OpenRasterDataset("d")->CreateDefaultRaster(), "d");
+    op.Execute("con([d] > -90, 254, 1)")->Item(0)->RasterDataset()->Copy("bytes", workspace);
+    op.BindRaster(workspace->OpenRasterDataset("bytes")->CreateDefaultRaster(), "b");
+    op.Execute("[b]")->Item(0)->RasterDataset()->Copy("again", workspace);
+    op.Execute("[b] + 1")->Item(0)->RasterDataset()->Copy("higher", workspace);
+    const std::pair<const char*, GDALDataType> expected[] = {
+        {"again", GDT_Byte}, {"higher", GDT_UInt16}};
+    for (const auto& [name, type] : expected) {
+        GDALDatasetH file = GDALOpen((dir / (std::string(name) + ".tif")).c_str(), GA_ReadOnly);
+        ASSERT_NE(file, nullptr);
+        EXPECT_EQ(GDALGetRasterDataType(GDALGetRasterBand(file, 1)), type) << name;
+        GDALClose(file);
+    }
+    const std::vector<double> again = testing::ReadAll(testing::OpenRaster(dir / "again.tif"));
+    EXPECT_TRUE(std::isnan(again[9]));
+    EXPECT_EQ(again[0], depth[0] > -90 ? 254 : 1);
+}
+
 // Every stored grid names its writer, its time, its expression and each file
 // it was computed from, also through computed inputs.
 TEST(StoredGridTest, ProvenanceNamesTheExpressionAndEveryInputFile) {

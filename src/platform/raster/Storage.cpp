@@ -559,6 +559,10 @@ RasterDatasetPtr RasterDataset::Open(const std::string& path) {
     band.hasNoData = hasNoData != 0;
     // Cells of a 32-bit band hold the NoData value rounded to 32 bits.
     if (type == GDT_Float32) band.noData = static_cast<float>(band.noData);
+    // NoData at an end of the type's range is no value, so a byte grid saved
+    // again stays a byte grid.
+    if (band.hasNoData && band.noData == band.high) band.high -= 1.0;
+    if (band.hasNoData && band.noData == band.low) band.low += 1.0;
     band.spatialReference = std::make_shared<const std::string>(GDALGetProjectionRef(dataset));
     GDALClose(dataset);
 
