@@ -178,10 +178,7 @@ TEST_F(ClassifyCommandTest, ZoneGridCarriesTheDictionarysClassesByValue) {
     EXPECT_EQ(distinct.size(), counts.size());
 
     // Where the grid came from.
-    auto item = [&](const char* key) {
-        const char* value = GDALGetMetadataItem(file, key, nullptr);
-        return value ? std::string(value) : std::string("(missing)");
-    };
+    auto item = [&](const char* key) { return testing::MetadataItem(file, key); };
     EXPECT_EQ(item("HALVANE_DICTIONARY"), dictionary);
     EXPECT_EQ(item("HALVANE_DICTIONARY_TITLE"), "Depth bands");
     EXPECT_EQ(item("HALVANE_EXPRESSION"), "sum([tmpRas1], [tmpRas2], [tmpRas3])");

@@ -146,17 +146,39 @@ TEST(StatisticsTest, ExactMeanDeviationAndTableKeptWithTheGrid) {
     EXPECT_FALSE(op.Execute("[z] / 2")->Item(0)->HasTable());
 }
 
+// Grids computed from a depth grid "d" of the test's own, bound as [d], and
+// stored in the same folder.
+class StoredGridTest : public ::testing::Test {
+protected:
+    void WriteDepth(const Grid& grid, const std::vector<double>& values, bool integer) {
+        testing::WriteGrid(dir_ / "d.tif", grid, values, integer);
+        workspace_ = RasterWorkspaceFactory().OpenFromFile(dir_.Path(), 0);
+        op_.BindRaster(workspace_->OpenRasterDataset("d")->CreateDefaultRaster(), "d");
+    }
+    void Save(const std::string& expression, const std::string& name) {
+        op_.Execute(expression)->Item(0)->RasterDataset()->Copy(name, workspace_);
+    }
+    std::string Path(const std::string& name) const { return dir_ / (name + ".tif"); }
+    GDALDataType StoredType(const std::string& name) const {
+        GDALDatasetH file = GDALOpen(Path(name).c_str(), GA_ReadOnly);
+        if (!file) return GDT_Unknown;
+        const GDALDataType type = GDALGetRasterDataType(GDALGetRasterBand(file, 1));
+        GDALClose(file);
+        return type;
+    }
+
+    testing::TempDir dir_;
+    RasterWorkspacePtr workspace_;
+    RasterMapAlgebraOp op_;
+};
+
 // The stored cell type follows the range the operators allow: a type too
 // small would clip values, and NoData must not land on a value of the grid.
-TEST(StoredGridTest, SmallestCellTypeHoldsEveryValueAndNoData) {
-    testing::TempDir dir;
+TEST_F(StoredGridTest, SmallestCellTypeHoldsEveryValueAndNoData) {
     const Grid grid{0, 60, 10, 10, 7, 6};
     std::vector<double> depth = testing::Surface(grid, true);
     depth[4] = kNoData;
-    testing::WriteGrid(dir / "d.tif", grid, depth, true);
-    RasterWorkspacePtr workspace = RasterWorkspaceFactory().OpenFromFile(dir.Path(), 0);
-    RasterMapAlgebraOp op;
-    op.BindRaster(workspace->OpenRasterDataset("d")->CreateDefaultRaster(), "d");
+    WriteDepth(grid, depth, true);
 
     struct Case {
         const char* expression;
@@ -180,12 +202,9 @@ TEST(StoredGridTest, SmallestCellTypeHoldsEveryValueAndNoData) {
     int run = 0;
     for (const Case& c : cases) {
         const std::string name = "t" + std::to_string(run++);
-        op.Execute(c.expression)->Item(0)->RasterDataset()->Copy(name, workspace);
-        GDALDatasetH stored = GDALOpen((dir / (name + ".tif")).c_str(), GA_ReadOnly);
-        ASSERT_NE(stored, nullptr);
-        EXPECT_EQ(GDALGetRasterDataType(GDALGetRasterBand(stored, 1)), c.type) << c.expression;
-        GDALClose(stored);
-        const std::vector<double> cells = testing::ReadAll(testing::OpenRaster(dir / (name + ".tif")));
+        Save(c.expression, name);
+        EXPECT_EQ(StoredType(name), c.type) << c.expression;
+        const std::vector<double> cells = testing::ReadAll(testing::OpenRaster(Path(name)));
         for (std::size_t i = 0; i < depth.size(); ++i) {
             if (std::isnan(depth[i])) {
                 EXPECT_TRUE(std::isnan(cells[i])) << c.expression << " cell " << i;
@@ -198,54 +217,38 @@ TEST(StoredGridTest, SmallestCellTypeHoldsEveryValueAndNoData) {
 
 // A byte grid saved again stays a byte grid: its NoData value is no value of
 // its cells; one more than its largest value no longer fits.
-TEST(StoredGridTest, ByteGridStaysByteWhenSavedAgain) {
-    testing::TempDir dir;
+TEST_F(StoredGridTest, ByteGridStaysByteWhenSavedAgain) {
     const Grid grid{0, 60, 10, 10, 7, 6};
     std::vector<double> depth = testing::Surface(grid, true);
     depth[9] = kNoData;
-    testing::WriteGrid(dir / "d.tif", grid, depth, true);
-    RasterWorkspacePtr workspace = RasterWorkspaceFactory().OpenFromFile(dir.Path(), 0);
-    RasterMapAlgebraOp op;
-    op.BindRaster(workspace->OpenRasterDataset("d")->CreateDefaultRaster(), "d");
-    op.Execute("con([d] > -90, 254, 1)")->Item(0)->RasterDataset()->Copy("bytes", workspace);
-    op.BindRaster(workspace->OpenRasterDataset("bytes")->CreateDefaultRaster(), "b");
-    op.Execute("[b]")->Item(0)->RasterDataset()->Copy("again", workspace);
-    op.Execute("[b] + 1")->Item(0)->RasterDataset()->Copy("higher", workspace);
-    const std::pair<const char*, GDALDataType> expected[] = {
-        {"again", GDT_Byte}, {"higher", GDT_UInt16}};
-    for (const auto& [name, type] : expected) {
-        GDALDatasetH file = GDALOpen((dir / (std::string(name) + ".tif")).c_str(), GA_ReadOnly);
-        ASSERT_NE(file, nullptr);
-        EXPECT_EQ(GDALGetRasterDataType(GDALGetRasterBand(file, 1)), type) << name;
-        GDALClose(file);
-    }
-    const std::vector<double> again = testing::ReadAll(testing::OpenRaster(dir / "again.tif"));
+    WriteDepth(grid, depth, true);
+    Save("con([d] > -90, 254, 1)", "bytes");
+    op_.BindRaster(workspace_->OpenRasterDataset("bytes")->CreateDefaultRaster(), "b");
+    Save("[b]", "again");
+    Save("[b] + 1", "higher");
+    EXPECT_EQ(StoredType("again"), GDT_Byte);
+    EXPECT_EQ(StoredType("higher"), GDT_UInt16);
+    const std::vector<double> again = testing::ReadAll(testing::OpenRaster(Path("again")));
     EXPECT_TRUE(std::isnan(again[9]));
     EXPECT_EQ(again[0], depth[0] > -90 ? 254 : 1);
 }
 
 // Every stored grid names its writer, its time, its expression and each file
 // it was computed from, also through computed inputs.
-TEST(StoredGridTest, ProvenanceNamesTheExpressionAndEveryInputFile) {
-    testing::TempDir dir;
+TEST_F(StoredGridTest, ProvenanceNamesTheExpressionAndEveryInputFile) {
     const Grid grid{0, 60, 10, 10, 7, 6};
-    testing::WriteGrid(dir / "depth.tif", grid, testing::Surface(grid, false));
-    RasterWorkspacePtr workspace = RasterWorkspaceFactory().OpenFromFile(dir.Path(), 0);
-    RasterMapAlgebraOp op;
-    op.BindRaster(workspace->OpenRasterDataset("depth")->CreateDefaultRaster(), "inDepth");
-    op.BindRaster(op.Execute("[inDepth] * 2"), "twice");
-    op.BindRaster(RasterSurfaceOp().Slope(op.Execute("[inDepth] + 1"), 1), "steep");
+    WriteDepth(grid, testing::Surface(grid, false), false);
+    op_.BindRaster(workspace_->OpenRasterDataset("d")->CreateDefaultRaster(), "inDepth");
+    op_.BindRaster(op_.Execute("[inDepth] * 2"), "twice");
+    op_.BindRaster(RasterSurfaceOp().Slope(op_.Execute("[inDepth] + 1"), 1), "steep");
     const std::string saved = Writer().commandLine;
     Writer().commandLine = "halvane calc --name out";
-    op.Execute("[twice] + [steep] + [INDEPTH]")->Item(0)->RasterDataset()->Copy("out", workspace);
+    Save("[twice] + [steep] + [INDEPTH]", "out");
     Writer().commandLine = saved;
 
-    GDALDatasetH out = GDALOpen((dir / "out.tif").c_str(), GA_ReadOnly);
+    GDALDatasetH out = GDALOpen(Path("out").c_str(), GA_ReadOnly);
     ASSERT_NE(out, nullptr);
-    auto item = [&](const char* key) {
-        const char* value = GDALGetMetadataItem(out, key, nullptr);
-        return value ? std::string(value) : std::string("(missing)");
-    };
+    auto item = [&](const char* key) { return testing::MetadataItem(out, key); };
     EXPECT_EQ(item("TIFFTAG_SOFTWARE").rfind("Halvane ", 0), 0u);
     // "YYYY:MM:DD HH:MM:SS", as TIFF dates are written.
     const std::string date = item("TIFFTAG_DATETIME");
@@ -254,7 +257,7 @@ TEST(StoredGridTest, ProvenanceNamesTheExpressionAndEveryInputFile) {
     EXPECT_EQ(item("HALVANE_INPUT_twice"), "[inDepth] * 2");
     EXPECT_EQ(item("HALVANE_INPUT_steep"), "Slope([surface]) in degrees, z factor 1");
     EXPECT_EQ(item("HALVANE_INPUT_surface"), "[inDepth] + 1");
-    EXPECT_EQ(item("HALVANE_INPUT_inDepth"), dir / "depth.tif");
+    EXPECT_EQ(item("HALVANE_INPUT_inDepth"), Path("d"));
     EXPECT_EQ(item("HALVANE_COMMAND"), "halvane calc --name out");
     GDALClose(out);
 }
@@ -262,28 +265,23 @@ TEST(StoredGridTest, ProvenanceNamesTheExpressionAndEveryInputFile) {
 // Cloud-optimized files pass GDAL's own validation and carry overviews that
 // keep the values of a class grid (nearest) and smooth a continuous one
 // (average); the one-pass plain file holds the same cells, table and items.
-TEST(StoredGridTest, CloudOptimizedFilesValidateWithOverviewsOfEachKind) {
-    testing::TempDir dir;
+TEST_F(StoredGridTest, CloudOptimizedFilesValidateWithOverviewsOfEachKind) {
     const Grid grid{0, 7000, 10, 10, 1100, 700};
     std::vector<double> depth = testing::Surface(grid, false);
     for (std::size_t i = 0; i < depth.size(); i += 97) depth[i] = kNoData;
-    testing::WriteGrid(dir / "d.tif", grid, depth);
-    RasterWorkspacePtr workspace = RasterWorkspaceFactory().OpenFromFile(dir.Path(), 0);
-    RasterMapAlgebraOp op;
-    op.BindRaster(workspace->OpenRasterDataset("d")->CreateDefaultRaster(), "d");
+    WriteDepth(grid, depth, false);
     const WriteSettings saved = Writing();
     for (const bool cloud : {true, false}) {
         Writing().cloudOptimized = cloud;
         const std::string suffix = cloud ? "cog" : "plain";
-        op.Execute("con([d] > -60, 3, 7)")->Item(0)->RasterDataset()->Copy("classes" + suffix,
-                                                                             workspace);
-        op.Execute("[d] / 3")->Item(0)->RasterDataset()->Copy("third" + suffix, workspace);
+        Save("con([d] > -60, 3, 7)", "classes" + suffix);
+        Save("[d] / 3", "third" + suffix);
     }
     Writing() = saved;
 
     for (const char* name : {"classes", "third"}) {
-        const std::string cog = dir / (std::string(name) + "cog.tif");
-        const std::string plain = dir / (std::string(name) + "plain.tif");
+        const std::string cog = Path(std::string(name) + "cog");
+        const std::string plain = Path(std::string(name) + "plain");
         EXPECT_EQ(testing::CloudOptimizedProblems(cog), "") << name;
         EXPECT_NE(testing::CloudOptimizedProblems(plain), "") << name;
         const std::vector<double> cells = testing::ReadAll(testing::OpenRaster(cog));

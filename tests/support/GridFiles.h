@@ -95,6 +95,12 @@ inline std::string CloudOptimizedProblems(const std::string& path) {
     return output;
 }
 
+// A dataset-level metadata item of an open file, or "(missing)".
+inline std::string MetadataItem(GDALDatasetH dataset, const char* key) {
+    const char* value = GDALGetMetadataItem(dataset, key, nullptr);
+    return value ? std::string(value) : std::string("(missing)");
+}
+
 inline raster::RasterPtr OpenRaster(const std::string& path) {
     return raster::RasterDataset::Open(path)->CreateDefaultRaster();
 }
