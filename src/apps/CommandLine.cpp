@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cctype>
-#include <string_view>
 #include <iostream>
 #include <set>
+#include <string_view>
 
 #include "apps/AnalysisCommands.h"
 #include "apps/ClassifyCommands.h"
@@ -161,7 +161,8 @@ std::string ShellText(const std::vector<std::string>& words) {
     for (const std::string& word : words) {
         if (!text.empty()) text += ' ';
         const bool plain = !word.empty() && std::ranges::all_of(word, [](unsigned char c) {
-            return std::isalnum(c) || std::string_view("-_./=:,+@%").find(c) != std::string_view::npos;
+            return std::isalnum(c) ||
+                   std::string_view("-_./=:,+@%").find(c) != std::string_view::npos;
         });
         if (plain) {
             text += word;
@@ -182,9 +183,8 @@ constexpr const char* kLayoutHelp =
     "cloud-optimized GeoTIFFs with internal overviews instead (a second pass).";
 
 bool WritesGrids(const Command& command) {
-    static const std::set<std::string> writers = {"calc",     "slope",    "bpi",
-                                                  "standardize", "resample", "rugosity",
-                                                  "classify", "demo"};
+    static const std::set<std::string> writers = {"calc",     "slope",    "bpi",      "standardize",
+                                                  "resample", "rugosity", "classify", "demo"};
     return writers.count(command.name) > 0;
 }
 
@@ -229,8 +229,8 @@ int Main(int argc, char** argv) {
     }
     Command accepted = *command;
     if (WritesGrids(accepted)) accepted.valueOptions.push_back(kLayoutOption);
-    const std::string usage = std::string("Usage: halvane ") + command->name + " " + command->usage +
-                              (WritesGrids(accepted) ? kLayoutHelp : "");
+    const std::string usage = std::string("Usage: halvane ") + command->name + " " +
+                              command->usage + (WritesGrids(accepted) ? kLayoutHelp : "");
     try {
         const Arguments arguments = Parse(accepted, {args.begin() + 1, args.end()});
         if (arguments.help) {

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <optional>
 #include <filesystem>
 #include <iostream>
+#include <optional>
 #include <sstream>
 
 #include "engine/RasterAccess.h"
@@ -56,7 +56,8 @@ std::string JsonText(const std::string& text) {
 std::vector<std::pair<std::string, std::string>> Provenance(const raster::RasterDataset& dataset) {
     std::vector<std::pair<std::string, std::string>> items;
     for (auto& [key, value] : dataset.StoredItems()) {
-        if (key == "TIFFTAG_SOFTWARE" || key == "TIFFTAG_DATETIME" || key.rfind("HALVANE_", 0) == 0) {
+        if (key == "TIFFTAG_SOFTWARE" || key == "TIFFTAG_DATETIME" ||
+            key.rfind("HALVANE_", 0) == 0) {
             items.emplace_back(key, value);
         }
     }
@@ -139,10 +140,10 @@ int RunInfo(const Arguments& arguments) {
         const bool hasValues = statistics.validCells > 0;
         const std::string reference = raster->SpatialReferenceName();
         const std::optional<int> epsg = raster->EpsgCode();
-        const bool named = band->HasTable() &&
-                           std::ranges::any_of(band->AttributeTable(), [](const auto& row) {
-                               return !row.Class_Name.empty();
-                           });
+        const bool named =
+            band->HasTable() && std::ranges::any_of(band->AttributeTable(), [](const auto& row) {
+                return !row.Class_Name.empty();
+            });
         const auto provenance = Provenance(*band->RasterDataset());
         std::ostringstream out;
         if (json) {
@@ -159,8 +160,7 @@ int RunInfo(const Arguments& arguments) {
                 out << "{\"name\": " << JsonText(reference)
                     << ", \"epsg\": " << (epsg ? std::to_string(*epsg) : "null") << "}";
             }
-            out
-                << ", \"nodata_cells\": " << noData
+            out << ", \"nodata_cells\": " << noData
                 << ", \"mean\": " << (hasValues ? Number(statistics.Mean) : "null")
                 << ", \"stddev\": " << (hasValues ? Number(statistics.StandardDeviation) : "null")
                 << ", \"table\": ";
@@ -203,9 +203,9 @@ int RunInfo(const Arguments& arguments) {
                 << (raster->IsInteger() ? "integer" : "floating") << "\nprojected     "
                 << (raster->IsProjected() ? "yes" : "no") << "\nreference     "
                 << (reference.empty() ? "-" : reference)
-                << (epsg ? " (EPSG:" + std::to_string(*epsg) + ")" : "") << "\nNoData cells  " << noData
-                << "\nmean          " << (hasValues ? runtime::CStr(statistics.Mean) : "-")
-                << "\nstddev        "
+                << (epsg ? " (EPSG:" + std::to_string(*epsg) + ")" : "") << "\nNoData cells  "
+                << noData << "\nmean          "
+                << (hasValues ? runtime::CStr(statistics.Mean) : "-") << "\nstddev        "
                 << (hasValues ? runtime::CStr(statistics.StandardDeviation) : "-") << "\n";
             if (band->HasTable()) {
                 out << "table         value  count\n";

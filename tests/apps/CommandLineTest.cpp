@@ -46,7 +46,8 @@ TEST_F(CommandLineTest, CalcSlopeAndInfo) {
           "\"HALVANE_INPUT_inRaster\": \"" + (dir_ / "depth.tif") + "\"",
           "\"HALVANE_COMMAND\": \"halvane calc --workdir " + work +
               " --name deeper --bind inRaster=" + (dir_ / "depth.tif") + " 'int([inRaster] * 2)'\"",
-          std::string("\"TIFFTAG_SOFTWARE\": \"Halvane "), std::string("\"TIFFTAG_DATETIME\": \"20")}) {
+          std::string("\"TIFFTAG_SOFTWARE\": \"Halvane "),
+          std::string("\"TIFFTAG_DATETIME\": \"20")}) {
         EXPECT_NE(json.find(item, provenance), std::string::npos) << item << "\nin " << json;
     }
     EXPECT_EQ(json.substr(json.size() - 4), "\"}}\n");
@@ -54,9 +55,9 @@ TEST_F(CommandLineTest, CalcSlopeAndInfo) {
     testing::WriteGrid(dir_ / "nowhere.tif", grid_, {1, 2, 3, 4, 5, 6}, false, "");
     ::testing::internal::CaptureStdout();
     EXPECT_EQ(Halvane({"info", "--json", dir_ / "nowhere.tif"}), 0);
-    EXPECT_NE(::testing::internal::GetCapturedStdout().find(
-                  "\"projected\": false, \"crs\": null, "),
-              std::string::npos);
+    EXPECT_NE(
+        ::testing::internal::GetCapturedStdout().find("\"projected\": false, \"crs\": null, "),
+        std::string::npos);
     // Only the commands that write grids take a layout, and only a known one.
     EXPECT_EQ(Halvane({"calc", "--workdir", work, "--name", "x", "--layout", "fancy", "[a]"}), 2);
     EXPECT_EQ(Halvane({"info", "--layout", "cog", dir_ / "nowhere.tif"}), 2);

@@ -1,9 +1,8 @@
 // `halvane classify` and `halvane dictionary` end to end: the zone grid of a
 // projected bathymetric grid against zones computed from the grid in the test.
 
-#include <gtest/gtest.h>
-
 #include <gdal_rat.h>
+#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
@@ -13,7 +12,6 @@
 #include <tuple>
 
 #include "apps/CommandLine.h"
-#include "support/Halvane.h"
 #include "classification/ClassRules.h"
 #include "classification/clsXMLPrjFile.h"
 #include "engine/ResultLayers.h"
@@ -21,6 +19,7 @@
 #include "platform/map/view/Rendering.h"
 #include "platform/runtime/Convert.h"
 #include "support/GridFiles.h"
+#include "support/Halvane.h"
 #include "support/StageFixture.h"
 #include "synth/Synth.h"
 
@@ -102,7 +101,9 @@ TEST_F(ClassifyCommandTest, ZoneGridCarriesTheDictionarysClassesByValue) {
         if (!std::isnan(d)) sorted.push_back(d);
     }
     std::sort(sorted.begin(), sorted.end());
-    const auto quantile = [&](double q) { return sorted[static_cast<std::size_t>(q * sorted.size())]; };
+    const auto quantile = [&](double q) {
+        return sorted[static_cast<std::size_t>(q * sorted.size())];
+    };
     const double q25 = quantile(0.25), q50 = quantile(0.5), q75 = quantile(0.75);
     // Deep (class 4) takes depths up to the median, Middle (class 2) those
     // strictly between the quartiles; Ridge (class 9) claims nothing.
@@ -111,13 +112,13 @@ TEST_F(ClassifyCommandTest, ZoneGridCarriesTheDictionarysClassesByValue) {
         return "<ClassRec ID=\"" + std::to_string(id) + "\"><Class>" + std::to_string(cls) +
                "</Class><Zone>" + zone +
                "</Zone><SSB_LowerBounds/><SSB_UpperBounds/><LSB_LowerBounds/><LSB_UpperBounds/>"
-               "<Slope_LowerBounds/><Slope_UpperBounds/><Depth_LowerBounds>" + lower +
-               "</Depth_LowerBounds><Depth_UpperBounds>" + upper + "</Depth_UpperBounds></ClassRec>";
+               "<Slope_LowerBounds/><Slope_UpperBounds/><Depth_LowerBounds>" +
+               lower + "</Depth_LowerBounds><Depth_UpperBounds>" + upper +
+               "</Depth_UpperBounds></ClassRec>";
     };
     const std::string dictionary = dir_ / "bands.xml";
     std::ofstream(dictionary) << "<ClassDict><PrjName>Depth bands</PrjName><PRJDescription/>"
-                              << "<Classifications>"
-                              << record(2, 4, "Deep", "", runtime::CStr(q50))
+                              << "<Classifications>" << record(2, 4, "Deep", "", runtime::CStr(q50))
                               << record(3, 2, "Middle", runtime::CStr(q25), runtime::CStr(q75))
                               << record(4, 9, "Ridge", "100000", "")
                               << "</Classifications></ClassDict>";
@@ -143,7 +144,8 @@ TEST_F(ClassifyCommandTest, ZoneGridCarriesTheDictionarysClassesByValue) {
     const int nameColumn = GDALRATGetColOfUsage(rat, GFU_Name);
     ASSERT_GE(nameColumn, 0);
     EXPECT_STREQ(GDALRATGetNameOfCol(rat, nameColumn), "Class_Name");
-    const int red = GDALRATGetColOfUsage(rat, GFU_Red), green = GDALRATGetColOfUsage(rat, GFU_Green),
+    const int red = GDALRATGetColOfUsage(rat, GFU_Red),
+              green = GDALRATGetColOfUsage(rat, GFU_Green),
               blue = GDALRATGetColOfUsage(rat, GFU_Blue);
     ASSERT_TRUE(red >= 0 && green >= 0 && blue >= 0);
     ASSERT_EQ(GDALRATGetRowCount(rat), 4);
@@ -226,14 +228,15 @@ TEST_F(ClassifyCommandTest, EveryOutputIsCloudOptimizedWhenAskedAndTellsItsSourc
     ASSERT_EQ(run({"standardize", "--workdir", work_, work_ + "/tmpBroadBPI.tif"}), 0);
     ASSERT_EQ(run({"resample", "--workdir", work_, "--name", "coarse", "--cell-size", "15", input}),
               0);
-    for (const char* grid : {"ZONES", "SLOPE", "RUGOSITY", "tmpBroadBPI", "tmpBroadstd", "coarse"}) {
+    for (const char* grid :
+         {"ZONES", "SLOPE", "RUGOSITY", "tmpBroadBPI", "tmpBroadstd", "coarse"}) {
         const std::string path = work_ + "/" + grid + ".tif";
         EXPECT_EQ(testing::CloudOptimizedProblems(path), "") << grid;
         GDALDatasetH file = GDALOpen(path.c_str(), GA_ReadOnly);
         ASSERT_NE(file, nullptr) << grid;
         EXPECT_GE(GDALGetOverviewCount(GDALGetRasterBand(file, 1)), 1) << grid;
-        for (const char* key : {"TIFFTAG_SOFTWARE", "TIFFTAG_DATETIME", "HALVANE_EXPRESSION",
-                                "HALVANE_COMMAND"}) {
+        for (const char* key :
+             {"TIFFTAG_SOFTWARE", "TIFFTAG_DATETIME", "HALVANE_EXPRESSION", "HALVANE_COMMAND"}) {
             EXPECT_NE(GDALGetMetadataItem(file, key, nullptr), nullptr) << grid << " " << key;
         }
         GDALClose(file);

@@ -232,7 +232,8 @@ TEST_F(DesktopTourTest, OpenedGridShowsTheClassesItStores) {
     const raster::Grid grid{500000, 6000000, 10, 10, 8, 6};
     std::vector<double> depth = testing::Surface(grid, true);
     testing::WriteGrid(dir_ / "depth.tif", grid, depth);
-    raster::RasterWorkspacePtr workspace = raster::RasterWorkspaceFactory().OpenFromFile(dir_.Path(), 0);
+    raster::RasterWorkspacePtr workspace =
+        raster::RasterWorkspaceFactory().OpenFromFile(dir_.Path(), 0);
     raster::RasterMapAlgebraOp op;
     op.BindRaster(workspace->OpenRasterDataset("depth")->CreateDefaultRaster(), "d");
     raster::RasterPtr zones = op.Execute("con([d] > -90, 5, 2)");
@@ -253,7 +254,8 @@ TEST_F(DesktopTourTest, OpenedGridShowsTheClassesItStores) {
               (std::vector<std::string>{"All Data Values", "Deep", "Shallow"}));
     const auto* named = dynamic_cast<const map::RasterLayer*>(window->FocusMap()->Layer(1).get());
     ASSERT_NE(named, nullptr);
-    const auto* classes = dynamic_cast<const map::RasterUniqueValueRenderer*>(named->Renderer().get());
+    const auto* classes =
+        dynamic_cast<const map::RasterUniqueValueRenderer*>(named->Renderer().get());
     ASSERT_NE(classes, nullptr);
     EXPECT_EQ(classes->Symbol(0, 1)->Color(), (map::Color{200, 10, 20}));
     EXPECT_EQ(LegendLines(layers, 0).front(), "Value");

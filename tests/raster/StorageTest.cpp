@@ -4,11 +4,11 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <algorithm>
 #include <map>
 #include <set>
 
@@ -288,7 +288,8 @@ TEST_F(StoredGridTest, CloudOptimizedFilesValidateWithOverviewsOfEachKind) {
         const std::vector<double> plainCells = testing::ReadAll(testing::OpenRaster(plain));
         ASSERT_EQ(cells.size(), plainCells.size());
         for (std::size_t i = 0; i < cells.size(); ++i) {
-            ASSERT_TRUE(cells[i] == plainCells[i] || (std::isnan(cells[i]) && std::isnan(plainCells[i])))
+            ASSERT_TRUE(cells[i] == plainCells[i] ||
+                        (std::isnan(cells[i]) && std::isnan(plainCells[i])))
                 << name << " cell " << i;
         }
         RasterDatasetPtr reopened = RasterDataset::Open(cog);
@@ -325,9 +326,9 @@ TEST_F(StoredGridTest, CloudOptimizedFilesValidateWithOverviewsOfEachKind) {
                     ASSERT_EQ(got, noData);
                 } else if (std::string(name) == "classes") {
                     // A cell of the block, never a blend of two classes.
-                    ASSERT_TRUE(got == 3 || got == 7 || (got == noData && block.size() < 4))
-                        << got;
-                    mixed += std::count(block.begin(), block.end(), got) < static_cast<long>(block.size());
+                    ASSERT_TRUE(got == 3 || got == 7 || (got == noData && block.size() < 4)) << got;
+                    mixed += std::count(block.begin(), block.end(), got) <
+                             static_cast<long>(block.size());
                 } else {
                     double mean = 0;
                     for (double v : block) mean += v / static_cast<double>(block.size());

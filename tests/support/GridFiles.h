@@ -82,7 +82,8 @@ inline std::string CloudOptimizedProblems(const std::string& path) {
         "    warnings, errors, _ = v.validate(sys.argv[1], full_check=True)\n"
         "except Exception as e:\n"
         "    warnings, errors = [], [str(e)]\n"
-        "print(\"\\n\".join(errors + warnings))' '" + path + "' 2>&1";
+        "print(\"\\n\".join(errors + warnings))' '" +
+        path + "' 2>&1";
     std::string output;
     if (FILE* pipe = ::popen(command.c_str(), "r")) {
         char buffer[512];

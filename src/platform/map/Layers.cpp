@@ -24,7 +24,8 @@ bool ShowStoredClasses(RasterLayer& layer) {
     const auto band = runtime::Deref(raster).Item(0);
     if (!band->HasTable()) return false;
     const raster::AttributeTable& table = band->AttributeTable();
-    if (std::ranges::none_of(table, [](const raster::AttributeRow& r) { return r.color.has_value(); })) {
+    if (std::ranges::none_of(table,
+                             [](const raster::AttributeRow& r) { return r.color.has_value(); })) {
         return false;
     }
     auto renderer = std::make_shared<RasterUniqueValueRenderer>();

@@ -349,9 +349,9 @@ NodePtr MakeUnary(UnaryOp op, NodePtr operand) {
     switch (op) {
         case UnaryOp::kInt: {
             const double low = std::trunc(operand->low), high = std::trunc(operand->high);
-            return Within(MakeCellwise<1>({std::move(operand)}, true,
-                                          [](double x) { return std::trunc(x); }),
-                          low, high);
+            return Within(
+                MakeCellwise<1>({std::move(operand)}, true, [](double x) { return std::trunc(x); }),
+                low, high);
         }
         case UnaryOp::kSqr: {
             const double low = operand->low, high = operand->high;
@@ -408,12 +408,12 @@ NodePtr MakeCon(NodePtr condition, NodePtr whenTrue, NodePtr whenFalse) {
     const bool integer = whenTrue->integer && whenFalse->integer;
     const double low = std::min(whenTrue->low, whenFalse->low);
     const double high = std::max(whenTrue->high, whenFalse->high);
-    return Within(MakeCellwise<3>({std::move(condition), std::move(whenTrue), std::move(whenFalse)},
-                                  integer,
-                                  [](double c, double a, double b) {
-                                      return std::isnan(c) ? kNoData : (c != 0.0 ? a : b);
-                                  }),
-                  low, high);
+    return Within(
+        MakeCellwise<3>({std::move(condition), std::move(whenTrue), std::move(whenFalse)}, integer,
+                        [](double c, double a, double b) {
+                            return std::isnan(c) ? kNoData : (c != 0.0 ? a : b);
+                        }),
+        low, high);
 }
 
 class SumNode final : public CellwiseNode {

@@ -266,8 +266,8 @@ constexpr const char* kNameColumn = "Class_Name";
 constexpr const char* kColorColumns[] = {"Red", "Green", "Blue"};
 
 bool Named(const AttributeTable& table) {
-    return std::ranges::any_of(table,
-                               [](const AttributeRow& r) { return !r.Class_Name.empty() || r.color; });
+    return std::ranges::any_of(
+        table, [](const AttributeRow& r) { return !r.Class_Name.empty() || r.color; });
 }
 
 // Colour table and category names, indexed by value, for viewers that know
@@ -422,14 +422,15 @@ std::optional<GridSummary> ReadSummary(const std::string& path) {
 void WriteCloudOptimized(const fs::path& source, const fs::path& target, bool integer) {
     GDALDatasetH in = GDALOpen(source.c_str(), GA_ReadOnly);
     if (!in) throw EngineFailure("Cannot read '" + source.string() + "'" + LastGdalError());
-    const char* options[] = {"COMPRESS=ZSTD",
-                             "LEVEL=1",
-                             integer ? "PREDICTOR=NO" : "PREDICTOR=STANDARD",
-                             "BLOCKSIZE=256",
-                             integer ? "OVERVIEW_RESAMPLING=NEAREST" : "OVERVIEW_RESAMPLING=AVERAGE",
-                             "NUM_THREADS=ALL_CPUS",
-                             "BIGTIFF=IF_SAFER",
-                             nullptr};
+    const char* options[] = {
+        "COMPRESS=ZSTD",
+        "LEVEL=1",
+        integer ? "PREDICTOR=NO" : "PREDICTOR=STANDARD",
+        "BLOCKSIZE=256",
+        integer ? "OVERVIEW_RESAMPLING=NEAREST" : "OVERVIEW_RESAMPLING=AVERAGE",
+        "NUM_THREADS=ALL_CPUS",
+        "BIGTIFF=IF_SAFER",
+        nullptr};
     CPLErrorReset();
     GDALDatasetH out = GDALCreateCopy(GDALGetDriverByName("COG"), target.c_str(), in, FALSE,
                                       const_cast<char**>(options), nullptr, nullptr);
@@ -611,9 +612,9 @@ RasterDatasetPtr RasterDataset::Copy(const std::string& name, const RasterWorksp
         "BIGTIFF=IF_SAFER", "NUM_THREADS=ALL_CPUS", nullptr};
     GDALDriverH driver = GDALGetDriverByName("GTiff");
     CPLErrorReset();
-    GDALDatasetH out = GDALCreate(driver, partial.c_str(), static_cast<int>(grid.cols),
-                                  static_cast<int>(grid.rows), 1, cellType.type,
-                                  const_cast<char**>(options));
+    GDALDatasetH out =
+        GDALCreate(driver, partial.c_str(), static_cast<int>(grid.cols),
+                   static_cast<int>(grid.rows), 1, cellType.type, const_cast<char**>(options));
     if (!out) throw EngineFailure("Cannot create '" + final.string() + "'" + LastGdalError());
     double transform[6] = {grid.left, grid.cellX, 0.0, grid.top, 0.0, -grid.cellY};
     GDALSetGeoTransform(out, transform);
