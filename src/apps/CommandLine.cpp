@@ -189,7 +189,6 @@ bool WritesGrids(const Command& command) {
 }
 
 void ApplyLayout(const Arguments& arguments) {
-    raster::Writing() = raster::WriteSettings{};
     if (!arguments.Has(kLayoutOption)) return;
     const std::string layout = arguments.Required(kLayoutOption);
     if (layout != "cog" && layout != "plain") {
@@ -215,7 +214,15 @@ int Main(int argc, char** argv) {
         std::cout << "halvane " << runtime::kVersion << "\n";
         return 0;
     }
+    // The grids of this run name it and take its layout; what the process
+    // writes afterwards (a test's own grids, say) does neither.
     raster::Writer().commandLine = ShellText({argv, argv + argc});
+    struct EndOfRun {
+        ~EndOfRun() {
+            raster::Writer().commandLine.clear();
+            raster::Writing() = raster::WriteSettings{};
+        }
+    } endOfRun;
     if (args.empty() || args[0] == "--help" || args[0] == "-h" || args[0] == "help") {
         PrintOverview(args.empty() ? std::cerr : std::cout);
         return args.empty() ? 2 : 0;
