@@ -131,13 +131,11 @@ void Tell(const std::string& line) {
 void DescribeInput(GridDescription& description, const std::string& name, const Raster& input) {
     auto& inputs = description.inputs;
     if (std::ranges::any_of(inputs, [&](const auto& known) { return known.first == name; })) return;
-    const RasterDatasetPtr& dataset = input.Dataset();
-    if (!dataset) {
-        inputs.emplace_back(name, "(computed)");
-    } else if (!dataset->IsTemporary()) {
-        inputs.emplace_back(name, dataset->Path());
+    const RasterDataset& dataset = runtime::Deref(input.Dataset());
+    if (!dataset.IsTemporary()) {
+        inputs.emplace_back(name, dataset.Path());
     } else {
-        const GridDescription& computed = dataset->Description();
+        const GridDescription& computed = dataset.Description();
         inputs.emplace_back(name, computed.expression);
         for (const auto& [inner, source] : computed.inputs) {
             if (std::ranges::none_of(inputs, [&](const auto& k) { return k.first == inner; })) {

@@ -77,7 +77,7 @@ struct WriteSettings {
     // A cloud-optimized GeoTIFF, with internal overviews (nearest for integer
     // grids, average for floating ones) ahead of the cells; else a plain
     // tiled GeoTIFF, written in one pass. Off by default: the second pass
-    // costs more than the grid's write itself (bench/, "overviews").
+    // can cost more than the one-pass write itself (bench/, "overviews").
     bool cloudOptimized = false;
 };
 WriteSettings& Writing();
@@ -184,8 +184,7 @@ public:
         : node_(std::move(node)), dataset_(std::move(dataset)) {}
 
     const NodePtr& Node() const { return node_; }
-    // The stored grid, or the computed one with its description; null for a
-    // result nobody has asked about yet.
+    // The stored grid, or the computed one with its description.
     const RasterDatasetPtr& Dataset() const { return dataset_; }
     const Grid& GetGrid() const { return node_->grid; }
     bool IsInteger() const { return node_->integer; }
