@@ -101,8 +101,12 @@ TEST_F(ClassifyCommandTest, ZoneGridCarriesTheDictionarysClassesByValue) {
         if (!std::isnan(d)) sorted.push_back(d);
     }
     std::sort(sorted.begin(), sorted.end());
+    // Bounds halfway between two depths, so that no cell lies on one and the
+    // 15-digit text of a bound decides no cell's class.
     const auto quantile = [&](double q) {
-        return sorted[static_cast<std::size_t>(q * sorted.size())];
+        auto k = static_cast<std::size_t>(q * sorted.size());
+        while (sorted[k + 1] == sorted[k]) ++k;
+        return (sorted[k] + sorted[k + 1]) / 2;
     };
     const double q25 = quantile(0.25), q50 = quantile(0.5), q75 = quantile(0.75);
     // Deep (class 4) takes depths up to the median, Middle (class 2) those
