@@ -13,4 +13,8 @@ void RasterLayer::CreateFromDataset(const raster::RasterDatasetPtr& dataset) {
     renderer_.reset();
 }
 
+void RasterLayer::CreateFromFilePath(const std::string& path) {
+    CreateFromDataset(raster::RasterDataset::Open(path));
+}
+
 }  // namespace halvane::map
