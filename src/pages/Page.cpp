@@ -202,6 +202,7 @@ void Page::NewBanner(const QString& heading, const QString& subHeading) {
 
 QGridLayout* Page::NewForm() {
     auto* form = new QGridLayout;
+    form->setHorizontalSpacing(8);
     form->setColumnStretch(1, 1);
     body_->addLayout(form);
     return form;

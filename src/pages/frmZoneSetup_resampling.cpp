@@ -37,6 +37,7 @@ frmZoneSetup_resamplingPage::frmZoneSetup_resamplingPage(PageSlot& slot) : Page(
     NewBanner(QStringLiteral("Halvane Classification Setup"), QStringLiteral("Resampling"));
 
     auto* input = new QGridLayout;
+    input->setHorizontalSpacing(8);
     Body()->addLayout(input);
     Label2[0] = NewLabel("Label2(0)", QStringLiteral("Input data set:"), nullptr);
     lbl_InputDataSet = NewLabel("lbl_InputDataSet", {}, nullptr);
