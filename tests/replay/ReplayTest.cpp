@@ -47,7 +47,8 @@ public:
         const raster::Grid fiveMetres{500000, 6000000, 5, 5, 20, 20};
         testing::WriteGrid(Data() + "/other.tif", fiveMetres, Depths(fiveMetres));
         const raster::Grid degrees{4.0, 52.0, 0.001, 0.001, 20, 20};
-        testing::WriteGrid(Data() + "/lonlat.tif", degrees, Depths(degrees), false, GeographicWkt());
+        testing::WriteGrid(Data() + "/lonlat.tif", degrees, Depths(degrees), false,
+                           testing::EpsgWkt(4326));
         testing::WriteGrid(Data() + "/broadstd.tif", tenMetres, Depths(tenMetres), true);
         testing::WriteGrid(Data() + "/finestd.tif", tenMetres, Depths(tenMetres), true);
         testing::WriteGrid(Work() + "/taken.tif", tenMetres, Depths(tenMetres));
@@ -84,16 +85,6 @@ public:
 private:
     static std::vector<double> Depths(const raster::Grid& grid) {
         return testing::Surface(grid, false);
-    }
-    static std::string GeographicWkt() {
-        OGRSpatialReferenceH srs = OSRNewSpatialReference(nullptr);
-        OSRImportFromEPSG(srs, 4326);
-        char* wkt = nullptr;
-        OSRExportToWkt(srs, &wkt);
-        std::string text = wkt;
-        CPLFree(wkt);
-        OSRDestroySpatialReference(srs);
-        return text;
     }
 
     TempDir root_;

@@ -11,6 +11,7 @@
 #include <QRadioButton>
 #include <QTableWidget>
 #include <algorithm>
+#include <cstdio>
 #include <deque>
 #include <fstream>
 #include <functional>
