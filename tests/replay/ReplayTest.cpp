@@ -2,8 +2,8 @@
 // a bug report would run them.
 //
 // Every *.replay script of this folder is one test. It runs against a fresh
-// folder of its own: ${DATA} holds the grids below, ${WORK} is a working
-// folder that holds one grid, "taken". Lines "#= {...}" are what the session
+// folder of its own: ${DATA} holds the grids below and a text file,
+// notes.txt; ${WORK} is a working folder that holds one grid, "taken". Lines "#= {...}" are what the session
 // must show: the events the replay writes, of the kinds these lines name,
 // must be exactly these, in this order; events of other kinds may come
 // between them.
@@ -52,6 +52,7 @@ public:
         testing::WriteGrid(Data() + "/broadstd.tif", tenMetres, Depths(tenMetres), true);
         testing::WriteGrid(Data() + "/finestd.tif", tenMetres, Depths(tenMetres), true);
         testing::WriteGrid(Work() + "/taken.tif", tenMetres, Depths(tenMetres));
+        std::ofstream(Data() + "/notes.txt") << "soundings of the 12th, not a grid\n";
     }
 
     std::string Data() const { return root_ / "data"; }
