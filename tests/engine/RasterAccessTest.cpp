@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "engine/RasterAccess.h"
+#include "host/ErrorHandling.h"
 #include "support/GridFiles.h"
 #include "support/ScriptedDesktop.h"
 
@@ -16,6 +17,11 @@ namespace fs = std::filesystem;
 
 class RasterAccessTest : public testing::ScriptedDesktop {
 protected:
+    void SetUp() override {
+        // A window kept from an earlier test would report to that test's desktop.
+        ErrorHandling::ReleaseErrorWindow();
+        ErrorHandling::m_bErrorTextBuilt = false;
+    }
     void WriteDepth(const std::string& name) {
         const raster::Grid grid{0, 40, 10, 10, 4, 4};
         testing::WriteGrid(dir_ / name, grid, testing::Surface(grid, true));
@@ -77,6 +83,20 @@ TEST_F(RasterAccessTest, OpenAndDeleteReportUnderTheirOwnNames) {
     EXPECT_NE(ui.Events()[1].text.find("DeleteRaster modUtil"), std::string::npos);
     EXPECT_NE(ui.Events()[1].text.find("Object variable or With block variable not set"),
               std::string::npos);
+}
+
+TEST_F(RasterAccessTest, AFolderThatVanishedIsOneReportWithItsCause) {
+    const fs::path survey = dir_.Path() / "survey";
+    fs::create_directory(survey);
+    const raster::Grid grid{0, 40, 10, 10, 4, 4};
+    testing::WriteGrid((survey / "depth.tif").string(), grid, testing::Surface(grid, true));
+    EXPECT_NE(OpenRasterDataset(survey.string(), "depth"), nullptr);
+    fs::remove_all(survey);
+
+    EXPECT_EQ(OpenRasterDataset(survey.string(), "depth"), nullptr);
+    EXPECT_EQ(Reports(), std::vector<std::string>{testing::OwnFailureReport(
+                             "OpenRasterDataset modUtil ", raster::kEngineErrorNumber,
+                             "Workspace '" + survey.string() + "' does not exist")});
 }
 
 TEST_F(RasterAccessTest, BrowseDialogsGiveTheFirstChoiceOrNothing) {

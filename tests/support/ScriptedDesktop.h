@@ -9,6 +9,15 @@
 
 namespace halvane::testing {
 
+// The text of a report shown by the procedure at `location` ("OpenRasterDataset
+// modUtil ") of a failure of its own: heading, location, number, description.
+inline std::string OwnFailureReport(const std::string& location, std::int32_t number,
+                                    const std::string& description) {
+    return "Record Call Stack Sequence - Bottom line is error line.\r\n\r\n\t" + location +
+           "\r\n\r\nError Number \r\n\t" + std::to_string(number) + "\r\nDescription\r\n\t" +
+           description + "\r\n\r\n";
+}
+
 class ScriptedDesktop : public ::testing::Test {
 protected:
     ScriptedDesktop() : scope_(ui) {
