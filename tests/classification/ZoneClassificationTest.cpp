@@ -219,6 +219,23 @@ TEST_F(ZoneClassificationTest, RunsThatCannotFinishAreReportedAndCleanNothing) {
     }
 }
 
+TEST_F(ZoneClassificationTest, AFileLongerThanThePagesListRunsPastItsEndOutOfRange) {
+    GridOfInputs();
+    const std::vector<clsClassificationRec> records = {Rule(1, {"0"}), Rule(2, {"", "0"})};
+    ZoneRunPage page = Page(records);
+    // The file gains a record after the page was filled.
+    clsXMLPrjFile file;
+    for (const auto& record : records)
+        file.Classifications->Add(std::make_shared<clsClassificationRec>(record));
+    file.Classifications->Add(std::make_shared<clsClassificationRec>(Rule(3, {"50"})));
+    file.SaveFile(dictionaries_ / "dict.xml");
+
+    RunFinalOutput(page);
+    EXPECT_EQ(Reports(), std::vector<std::string>{testing::OwnFailureReport(
+                             "RunFinalOutput frmZoneStep8 ", 9, "Subscript out of range")});
+    EXPECT_EQ(Saved(), (std::vector<std::string>{"ZONES1.tif", "ZONES2.tif"}));
+}
+
 TEST_F(ZoneClassificationTest, NoRecordsWriteNothingButStillClean) {
     GridOfInputs();
     LeaveTemporaries();
