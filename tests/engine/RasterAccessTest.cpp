@@ -9,6 +9,7 @@
 #include "host/ErrorHandling.h"
 #include "support/GridFiles.h"
 #include "support/ScriptedDesktop.h"
+#include "support/Unprivileged.h"
 
 namespace halvane {
 namespace {
@@ -97,6 +98,19 @@ TEST_F(RasterAccessTest, AFolderThatVanishedIsOneReportWithItsCause) {
     EXPECT_EQ(Reports(), std::vector<std::string>{testing::OwnFailureReport(
                              "OpenRasterDataset modUtil ", raster::kEngineErrorNumber,
                              "Workspace '" + survey.string() + "' does not exist")});
+}
+
+TEST_F(RasterAccessTest, AGridTheUserMayNotDeleteStaysWithAnUntitledNotice) {
+    WriteDepth("depth.tif");
+    testing::UnprivilegedRun run;
+    {
+        const testing::ReadOnlyFolder readOnly(dir_.Path());
+        run = testing::RunUnprivileged(ui, [&] { return DeleteRaster(dir_.Path(), "Depth"); });
+    }
+    ASSERT_TRUE(run.ran);
+    EXPECT_FALSE(run.result);
+    EXPECT_EQ(run.events, (std::vector<ui::Event>{{"notice", "cannot delete raster", "", 0}}));
+    EXPECT_TRUE(fs::exists(dir_.Path() / "depth.tif"));
 }
 
 TEST_F(RasterAccessTest, BrowseDialogsGiveTheFirstChoiceOrNothing) {
