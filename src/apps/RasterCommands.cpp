@@ -66,18 +66,30 @@ std::vector<std::pair<std::string, std::string>> Provenance(const raster::Raster
 
 }  // namespace
 
+std::function<std::unique_ptr<ui::ConsoleServices>()>& RunConsole() {
+    static std::function<std::unique_ptr<ui::ConsoleServices>()> maker;
+    return maker;
+}
+
 int RunReported(const std::string& command, bool trace, const std::function<bool()>& body) {
-    ui::ConsoleServices console;
+    const std::unique_ptr<ui::ConsoleServices> console =
+        RunConsole() ? RunConsole()() : std::make_unique<ui::ConsoleServices>();
+    // The engine's passes get a bar of their own: the stages' progress dialog
+    // shows the stages' steps and nothing else.
+    const std::shared_ptr<ui::ConsoleBar> passes = console->NewBar("halvane " + command);
+    passes->MaxRange(100);
     raster::EvalSettings& settings = raster::Settings();
     int shown = -1;
     settings.onProgress = [&](std::int64_t done, std::int64_t total) {
         const int percent = static_cast<int>(100 * done / total);
         if (percent == shown) return;
         shown = percent;
-        ShowProgress("Computing", "halvane " + command, 0, 100, percent, 0);
+        passes->Position(percent);
+        passes->Message("Computing");
     };
-    const int status = RunReported(console, command, trace, body);
+    const int status = RunReported(*console, command, trace, body);
     settings.onProgress = nullptr;
+    passes->HideDialog();
     return status;
 }
 

@@ -140,9 +140,10 @@ std::string clsClassificationRecs::GetNodeText(const xml::IXMLDOMNodePtr& Node,
 void clsClassificationRecs::Add(ClassificationRecPtr record) { records_.push_back(std::move(record)); }
 
 std::size_t clsClassificationRecs::Position(std::int16_t index) const {
-    // A collection refuses a position it doesn't hold as an invalid argument.
+    // A collection refuses a position it doesn't hold as out of range (an
+    // unknown key would be an invalid argument, but records have no key).
     if (index < 1 || static_cast<std::size_t>(index) > records_.size()) {
-        throw runtime::RuntimeFailure(runtime::kInvalidProcedureCall);
+        throw runtime::RuntimeFailure(runtime::kSubscriptOutOfRange);
     }
     return static_cast<std::size_t>(index - 1);
 }

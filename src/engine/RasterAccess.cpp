@@ -82,8 +82,12 @@ raster::RasterWorkspacePtr createTempRasterWS(const std::string& sPath, const st
 
 raster::RasterDatasetPtr OpenRasterDataset(const std::string& sPath, const std::string& sName) {
     return Guarded({"OpenRasterDataset", kModule, kTopLevel}, [&] {
-        raster::RasterWorkspacePtr workspace = nuWS_PathOpenIRasterWorkspace(sPath);
-        return Deref(workspace).OpenRasterDataset(sName);
+        // The folder is opened as nuWS_PathOpenIRasterWorkspace opens it, not
+        // through it: that procedure reports its own failures, so a missing
+        // folder would be shown twice, the second time as an empty reference.
+        const raster::RasterWorkspacePtr workspace =
+            raster::RasterWorkspaceFactory().OpenFromFile(sPath, 0);
+        return workspace->OpenRasterDataset(sName);
     });
 }
 

@@ -1,12 +1,17 @@
 #include "pages/Page.h"
 
 #include <QCloseEvent>
+#include <QComboBox>
 #include <QCoreApplication>
+#include <QFrame>
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QStyle>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 #include "engine/Session.h"
@@ -20,9 +25,27 @@ std::vector<PageSlot*>& Registry() {
     return registry;
 }
 
+PageLifeObserver& LifeObserver() {
+    static PageLifeObserver observer;
+    return observer;
+}
+
+void Tell(PageLife life, const PageSlot& slot) {
+    if (LifeObserver()) LifeObserver()(life, slot);
+}
+
+QFrame* NewLine(QWidget* parent) {
+    auto* line = new QFrame(parent);
+    line->setFrameShape(QFrame::HLine);
+    line->setFrameShadow(QFrame::Sunken);
+    return line;
+}
+
 }  // namespace
 
 const std::vector<PageSlot*>& AllPageSlots() { return Registry(); }
+
+void ObservePageLife(PageLifeObserver observer) { LifeObserver() = std::move(observer); }
 
 PageSlot::PageSlot(const char* name, Maker make) : name_(name), make_(make) {
     Registry().push_back(this);
@@ -52,6 +75,7 @@ void PageSlot::Unload() {
     page->unloaded_ = true;
     page->RunFormUnload();
     page->hide();
+    if (page->formLoaded_) Tell(PageLife::Unload, *this);
     page->deleteLater();
 }
 
@@ -59,13 +83,21 @@ Page::Page(PageSlot& slot, const char* module)
     : QWidget(nullptr, Qt::Dialog), module_(module), slot_(slot) {
     setObjectName(QString::fromLatin1(slot.Name()));
     setWindowTitle(QStringLiteral("Halvane"));
-    auto* outer = new QVBoxLayout(this);
+    // The banner, when a page has one, spans the window edge to edge; the
+    // rest keeps the usual dialog margins.
+    outer_ = new QVBoxLayout(this);
+    outer_->setContentsMargins(0, 0, 0, 0);
+    outer_->setSpacing(0);
+    auto* content = new QVBoxLayout;
+    content->setContentsMargins(12, 12, 12, 12);
+    outer_->addLayout(content, 1);
     body_ = new QVBoxLayout;
     buttonRow_ = new QHBoxLayout;
     buttonRow_->addStretch(1);
-    outer->addLayout(body_);
-    outer->addStretch(1);
-    outer->addLayout(buttonRow_);
+    content->addLayout(body_);
+    content->addStretch(1);
+    content->addWidget(NewLine(this));
+    content->addLayout(buttonRow_);
 }
 
 Page::~Page() {
@@ -75,6 +107,7 @@ Page::~Page() {
 void Page::Show() {
     if (!formLoaded_) {
         formLoaded_ = true;
+        Tell(PageLife::Load, slot_);
         Form_Load();
         // A guard in Form_Load may have handed over and unloaded the page.
         if (unloaded_) return;
@@ -82,9 +115,14 @@ void Page::Show() {
     show();
     raise();
     activateWindow();
+    Tell(PageLife::Show, slot_);
 }
 
-void Page::Hide() { hide(); }
+void Page::Hide() {
+    if (!isVisible()) return;
+    hide();
+    Tell(PageLife::Hide, slot_);
+}
 
 void Page::Unload() {
     // Only this page: its slot may already hold a newer one.
@@ -106,6 +144,81 @@ QPushButton* Page::NewButton(const char* name, const QString& caption, QBoxLayou
     (into ? into : body_)->addWidget(button);
     return button;
 }
+
+QLineEdit* Page::NewBox(const char* name, int maxLength) {
+    auto* box = new QLineEdit(this);
+    box->setObjectName(QString::fromLatin1(name));
+    if (maxLength > 0) box->setMaxLength(maxLength);
+    box->setMinimumWidth(260);
+    return box;
+}
+
+QToolButton* Page::NewBrowseButton(const char* name) {
+    auto* button = new QToolButton(this);
+    button->setObjectName(QString::fromLatin1(name));
+    button->setIcon(style()->standardIcon(QStyle::SP_DirOpenIcon));
+    button->setToolTip(QStringLiteral("Browse..."));
+    return button;
+}
+
+QRadioButton* Page::NewOption(const char* name, const QString& caption) {
+    auto* option = new QRadioButton(caption, this);
+    option->setObjectName(QString::fromLatin1(name));
+    return option;
+}
+
+QComboBox* Page::NewCombo(const char* name, const QStringList& entries, const QString& text) {
+    auto* combo = new QComboBox(this);
+    combo->setObjectName(QString::fromLatin1(name));
+    combo->setEditable(true);
+    combo->setInsertPolicy(QComboBox::NoInsert);
+    combo->addItems(entries);
+    combo->setCurrentText(text);
+    return combo;
+}
+
+void Page::NewBanner(const QString& heading, const QString& subHeading) {
+    auto* banner = new QFrame(this);
+    banner->setObjectName(QStringLiteral("banner"));
+    banner->setAutoFillBackground(true);
+    QPalette white = banner->palette();
+    white.setColor(QPalette::Window, Qt::white);
+    banner->setPalette(white);
+    auto* texts = new QVBoxLayout(banner);
+    texts->setContentsMargins(16, 10, 16, 10);
+    auto* title = new QLabel(heading, banner);
+    title->setObjectName(QStringLiteral("lblHeading"));
+    QFont bold = title->font();
+    bold.setBold(true);
+    title->setFont(bold);
+    auto* subtitle = new QLabel(subHeading, banner);
+    subtitle->setObjectName(QStringLiteral("lblSubHeading"));
+    subtitle->setIndent(16);
+    texts->addWidget(title);
+    texts->addWidget(subtitle);
+    outer_->insertWidget(0, banner);
+    outer_->insertWidget(1, NewLine(this));
+}
+
+QGridLayout* Page::NewForm() {
+    auto* form = new QGridLayout;
+    form->setHorizontalSpacing(8);
+    form->setColumnStretch(1, 1);
+    body_->addLayout(form);
+    return form;
+}
+
+QPushButton* Page::NewHelpButton(const char* name, const char* procedure, const QString& caption,
+                                 const char* topic) {
+    auto* button = new QPushButton(caption, this);
+    button->setObjectName(QString::fromLatin1(name));
+    button->setAutoDefault(false);
+    buttonRow_->insertWidget(0, button);
+    OnClick(button, procedure, kTopLevel, [this, topic] { ShowHelp(topic); });
+    return button;
+}
+
+std::int32_t Page::hWnd() { return static_cast<std::int32_t>(winId()); }
 
 void Page::NewButtonRow() {
     cmdBack = NewButton("cmdBack", QStringLiteral("<- Back"), buttonRow_);

@@ -8,6 +8,7 @@
 // with the scripted double.
 
 #include <QWidget>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -18,11 +19,14 @@
 
 class QAbstractButton;
 class QBoxLayout;
+class QComboBox;
+class QGridLayout;
 class QHBoxLayout;
 class QLabel;
 class QLineEdit;
 class QPushButton;
 class QRadioButton;
+class QToolButton;
 class QVBoxLayout;
 
 namespace halvane::pages {
@@ -61,6 +65,14 @@ private:
 // Every page slot, in no particular order.
 const std::vector<PageSlot*>& AllPageSlots();
 
+// What happens to a page, for whoever watches a session: Load when Form_Load
+// is about to run, Show at every Show that leaves the page on the screen,
+// Hide when a shown page goes, Unload when a page that had loaded goes.
+enum class PageLife { Load, Show, Hide, Unload };
+using PageLifeObserver = std::function<void(PageLife, const PageSlot&)>;
+// One observer at a time; an empty one stops watching.
+void ObservePageLife(PageLifeObserver observer);
+
 // The slot of a page class `T`, whose members it reaches through ->.
 template <class T>
 class Slot : public PageSlot {
@@ -79,6 +91,8 @@ public:
     void Hide();
     void Unload();
     PageSlot& Self() const { return slot_; }
+    // The window handle the page gives the dialogs it opens as their owner.
+    std::int32_t hWnd();
 
     // The host's application; commands write it before a page is shown.
     map::ApplicationPtr m_pApp;
@@ -101,13 +115,29 @@ protected:
     // Runs when the page is unloaded, by Unload or by closing its frame.
     virtual void Form_Unload() {}
 
-    // --- building the page: controls carry their described names.
+    // --- building the page: controls carry their described names. A control
+    // made without a layout to go into is placed by the page itself.
     QBoxLayout* Body() const { return body_; }
     QBoxLayout* ButtonRow() const { return buttonRow_; }
     QLabel* NewLabel(const char* name, const QString& text, QBoxLayout* into = nullptr);
     QPushButton* NewButton(const char* name, const QString& caption, QBoxLayout* into = nullptr);
+    // A text box; a maxLength of 0 leaves its length free.
+    QLineEdit* NewBox(const char* name, int maxLength = 0);
+    // The picture button beside a path box that opens a browse dialog.
+    QToolButton* NewBrowseButton(const char* name);
+    QRadioButton* NewOption(const char* name, const QString& caption = {});
+    // A drop-down list whose text can also be typed, as `text` at first.
+    QComboBox* NewCombo(const char* name, const QStringList& entries, const QString& text);
+    // The white band across the top of a wizard page.
+    void NewBanner(const QString& heading, const QString& subHeading);
+    // A grid of rows, label | box | browse button, added to the body.
+    QGridLayout* NewForm();
     // The standard button row: cmdBack, cmdNext, cmdCancel.
     void NewButtonRow();
+    // A "More about ..." button at the left end of the button row: it opens
+    // `topic` and changes nothing else.
+    QPushButton* NewHelpButton(const char* name, const char* procedure, const QString& caption,
+                               const char* topic);
 
     // --- events. Each handler is a protected procedure of this page's module;
     // a failure that a pass-on handler raises out of its event reaches the
@@ -144,6 +174,7 @@ private:
     void RunFormUnload();
 
     PageSlot& slot_;
+    QVBoxLayout* outer_;
     QBoxLayout* body_;
     QBoxLayout* buttonRow_;
     bool formLoaded_ = false;

@@ -15,6 +15,9 @@ frmRugosityPage::frmRugosityPage(PageSlot& slot) : Page(slot, "frmRugosity") {
         NewButton("cmdAboutBathymPositionIndexGrids", QStringLiteral("More about Rugosity..."));
     NewButtonRow();
     cmdNext->setText(QStringLiteral("Finish"));
+    // The page does not collect its input and output names yet: Finish stays
+    // off rather than lead to a completion page that no run reached.
+    cmdNext->setEnabled(false);
     OnClick(cmdAboutBathymPositionIndexGrids, "cmdAboutBathymPositionIndexGrids_Click", kTopLevel,
             [this] { ShowHelp("rugosity.htm"); });
     // No hand-over: the completion page goes back where this page goes back.

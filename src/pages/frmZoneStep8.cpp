@@ -14,6 +14,10 @@ frmZoneStep8Page::frmZoneStep8Page(PageSlot& slot) : Page(slot, "frmZoneStep8") 
     cmdBack = NewButton("cmdBack", QStringLiteral("<- Back"), ButtonRow());
     cmdFinish = NewButton("cmdFinish", QStringLiteral("Finish"), ButtonRow());
     cmdCancel = NewButton("cmdCancel", QStringLiteral("Cancel"), ButtonRow());
+    // The run needs the dictionary's classes and the output name, which this
+    // page does not collect yet: Finish stays off rather than lead to a
+    // completion page that no run reached.
+    cmdFinish->setEnabled(false);
     // Finish does not write g_frm_PreviousPage: the completion page and the
     // rugosity page after it go back to the page that handed over last.
     OnClick(cmdFinish, "cmdFinish_Click", kTopLevel, [this] {

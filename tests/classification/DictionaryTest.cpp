@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 
 #include "classification/clsXMLPrjFile.h"
 #include "host/ErrorHandling.h"
@@ -215,14 +216,25 @@ TEST_F(DictionaryTest, ListFailuresAndAFailedSaveGoToTheCaller) {
     records.Remove(2);
     EXPECT_EQ(records.Count(), 1);
     EXPECT_EQ(records.Item(1)->Zone, "C");
-    for (std::int16_t bad : {0, 2}) {
+    // A position the list doesn't hold is out of range, for reading, writing
+    // and removing alike, and leaves the list as it was.
+    const auto numberOf = [](const std::function<void()>& call) {
         try {
-            records.Item(bad);
-            ADD_FAILURE() << "position " << bad;
+            call();
         } catch (const runtime::Failure& failure) {
-            EXPECT_EQ(failure.number, runtime::kInvalidProcedureCall);
+            return failure.number;
         }
+        return 0;
+    };
+    const auto other = std::make_shared<clsClassificationRec>(Record(5, 4, "D"));
+    for (std::int16_t bad : {0, -1, 2, 32767}) {
+        SCOPED_TRACE(bad);
+        EXPECT_EQ(numberOf([&] { records.Item(bad); }), runtime::kSubscriptOutOfRange);
+        EXPECT_EQ(numberOf([&] { records.Item(bad, other); }), runtime::kSubscriptOutOfRange);
+        EXPECT_EQ(numberOf([&] { records.Remove(bad); }), runtime::kSubscriptOutOfRange);
     }
+    EXPECT_EQ(records.Count(), 1);
+    EXPECT_EQ(records.Item(1)->Zone, "C");
     records.LoadNode(nullptr);
     EXPECT_EQ(records.Count(), 1);
 

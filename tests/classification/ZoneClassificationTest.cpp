@@ -11,6 +11,7 @@
 #include "platform/map/Map.h"
 #include "platform/map/Renderers.h"
 #include "support/StageFixture.h"
+#include "support/Unprivileged.h"
 #include "classification/ClassRules.h"
 
 namespace halvane::classification {
@@ -219,6 +220,23 @@ TEST_F(ZoneClassificationTest, RunsThatCannotFinishAreReportedAndCleanNothing) {
     }
 }
 
+TEST_F(ZoneClassificationTest, AFileLongerThanThePagesListRunsPastItsEndOutOfRange) {
+    GridOfInputs();
+    const std::vector<clsClassificationRec> records = {Rule(1, {"0"}), Rule(2, {"", "0"})};
+    ZoneRunPage page = Page(records);
+    // The file gains a record after the page was filled.
+    clsXMLPrjFile file;
+    for (const auto& record : records)
+        file.Classifications->Add(std::make_shared<clsClassificationRec>(record));
+    file.Classifications->Add(std::make_shared<clsClassificationRec>(Rule(3, {"50"})));
+    file.SaveFile(dictionaries_ / "dict.xml");
+
+    RunFinalOutput(page);
+    EXPECT_EQ(Reports(), std::vector<std::string>{testing::OwnFailureReport(
+                             "RunFinalOutput frmZoneStep8 ", 9, "Subscript out of range")});
+    EXPECT_EQ(Saved(), (std::vector<std::string>{"ZONES1.tif", "ZONES2.tif"}));
+}
+
 TEST_F(ZoneClassificationTest, NoRecordsWriteNothingButStillClean) {
     GridOfInputs();
     LeaveTemporaries();
@@ -323,6 +341,39 @@ TEST_F(ZoneClassificationTest, FinishChecksTheNameAndTheSlopeGridInTheirOrder) {
         if (c.runs && !c.name.empty()) {
             EXPECT_EQ(std::count(saved.begin(), saved.end(), c.name + ".tif"), 1);
         }
+    }
+}
+
+TEST_F(ZoneClassificationTest, FinishStopsWhenTheUserMayNotDeleteTheSlopeGrid) {
+    GridOfInputs();
+    MakePerminentGrid(OpenRaster(InputFolder() + "/slope.tif"), g_s_WorkingDir, "slope");
+    const ui::Event refused{"notice", "cannot delete raster", "", 0};
+    const ui::Event stands{"stop",
+                           "Raster 'slope' already exists in the working directory and it cannot "
+                           "be removed at this time. Please removing the raster data set 'slope' "
+                           "or use a different working directory .",
+                           "File Exists", ui::vbCritical};
+    const ui::Event noName{"stop",
+                           "Please resample the input dataset, or select 'No' when asked if you "
+                           "want to Resample the input dataset.",
+                           "Please Resample The Input Data..", ui::vbCritical};
+    const std::vector<std::pair<std::string, std::vector<ui::Event>>> cases = {
+        {"ZONES", {refused, stands}},
+        {"", {noName, refused, stands}},
+    };
+    for (const auto& [name, messages] : cases) {
+        SCOPED_TRACE(name);
+        ZoneRunPage page = Page({Rule(1, {"0"}), Rule(2, {"", "0"})});
+        page.g_s_OutputDataSet = name;
+        testing::UnprivilegedRun run;
+        {
+            const testing::ReadOnlyFolder readOnly(g_s_WorkingDir);
+            run = testing::RunUnprivileged(ui, [&] { return cmdFinish_Click(page); });
+        }
+        ASSERT_TRUE(run.ran);
+        EXPECT_FALSE(run.result);
+        EXPECT_EQ(run.events, messages);
+        EXPECT_EQ(Saved(), std::vector<std::string>{"slope.tif"});
     }
 }
 

@@ -255,13 +255,31 @@ TEST_F(AnalysisTest, SlopeIsSavedAsSlopeFromTheGridBpiWorksOn) {
     EXPECT_EQ(g_s_SlopeGrid, "");
 }
 
-TEST_F(AnalysisTest, SlopeWithoutAnInputFolderIsReported) {
+TEST_F(AnalysisTest, SlopeWithoutItsInputFolderShowsTheCauseThenTheEmptyDataset) {
+    Input(kGrid, Depths(), "resampled");
+    const std::string vanished = InputFolder();
+    std::filesystem::remove_all(vanished);
     g_s_BPI_DataSet = "resampled";
-    BuildSlope();
-    ASSERT_FALSE(Reports().empty());
-    EXPECT_NE(Reports().back().find("\tBuildSlope modUtil \r\n"), std::string::npos);
+
+    // Opening reports the cause and gives nothing; slope then fails on the
+    // empty dataset and reports that in its turn.
+    const std::string emptyDataset = testing::OwnFailureReport(
+        "BuildSlope modUtil ", 91, "Object variable or With block variable not set");
+    for (const std::string& folder : {vanished, std::string()}) {
+        SCOPED_TRACE(folder);
+        g_s_BPI_DataPath = folder;
+        const std::size_t before = Reports().size();
+        BuildSlope();
+        const Lines reports = Reports();
+        EXPECT_EQ(Lines(reports.begin() + static_cast<std::ptrdiff_t>(before), reports.end()),
+                  (Lines{testing::OwnFailureReport("OpenRasterDataset modUtil ",
+                                                   raster::kEngineErrorNumber,
+                                                   "Workspace '" + folder + "' does not exist"),
+                         emptyDataset}));
+    }
     EXPECT_EQ(g_p_SlopeRaster, nullptr);
     EXPECT_EQ(g_s_SlopeGrid, "");
+    EXPECT_TRUE(Saved().empty());
 }
 
 TEST_F(AnalysisTest, ResampleMapsThePageTextsToKeywords) {

@@ -6,8 +6,10 @@
 #include <filesystem>
 
 #include "engine/RasterAccess.h"
+#include "host/ErrorHandling.h"
 #include "support/GridFiles.h"
 #include "support/ScriptedDesktop.h"
+#include "support/Unprivileged.h"
 
 namespace halvane {
 namespace {
@@ -16,6 +18,11 @@ namespace fs = std::filesystem;
 
 class RasterAccessTest : public testing::ScriptedDesktop {
 protected:
+    void SetUp() override {
+        // A window kept from an earlier test would report to that test's desktop.
+        ErrorHandling::ReleaseErrorWindow();
+        ErrorHandling::m_bErrorTextBuilt = false;
+    }
     void WriteDepth(const std::string& name) {
         const raster::Grid grid{0, 40, 10, 10, 4, 4};
         testing::WriteGrid(dir_ / name, grid, testing::Surface(grid, true));
@@ -77,6 +84,33 @@ TEST_F(RasterAccessTest, OpenAndDeleteReportUnderTheirOwnNames) {
     EXPECT_NE(ui.Events()[1].text.find("DeleteRaster modUtil"), std::string::npos);
     EXPECT_NE(ui.Events()[1].text.find("Object variable or With block variable not set"),
               std::string::npos);
+}
+
+TEST_F(RasterAccessTest, AFolderThatVanishedIsOneReportWithItsCause) {
+    const fs::path survey = dir_.Path() / "survey";
+    fs::create_directory(survey);
+    const raster::Grid grid{0, 40, 10, 10, 4, 4};
+    testing::WriteGrid((survey / "depth.tif").string(), grid, testing::Surface(grid, true));
+    EXPECT_NE(OpenRasterDataset(survey.string(), "depth"), nullptr);
+    fs::remove_all(survey);
+
+    EXPECT_EQ(OpenRasterDataset(survey.string(), "depth"), nullptr);
+    EXPECT_EQ(Reports(), std::vector<std::string>{testing::OwnFailureReport(
+                             "OpenRasterDataset modUtil ", raster::kEngineErrorNumber,
+                             "Workspace '" + survey.string() + "' does not exist")});
+}
+
+TEST_F(RasterAccessTest, AGridTheUserMayNotDeleteStaysWithAnUntitledNotice) {
+    WriteDepth("depth.tif");
+    testing::UnprivilegedRun run;
+    {
+        const testing::ReadOnlyFolder readOnly(dir_.Path());
+        run = testing::RunUnprivileged(ui, [&] { return DeleteRaster(dir_.Path(), "Depth"); });
+    }
+    ASSERT_TRUE(run.ran);
+    EXPECT_FALSE(run.result);
+    EXPECT_EQ(run.events, (std::vector<ui::Event>{{"notice", "cannot delete raster", "", 0}}));
+    EXPECT_TRUE(fs::exists(dir_.Path() / "depth.tif"));
 }
 
 TEST_F(RasterAccessTest, BrowseDialogsGiveTheFirstChoiceOrNothing) {

@@ -36,9 +36,9 @@ private:
     std::filesystem::path path_;
 };
 
-inline std::string UtmWkt() {
+inline std::string EpsgWkt(int code) {
     OGRSpatialReferenceH srs = OSRNewSpatialReference(nullptr);
-    OSRImportFromEPSG(srs, 32633);
+    OSRImportFromEPSG(srs, code);
     char* wkt = nullptr;
     OSRExportToWkt(srs, &wkt);
     std::string text = wkt;
@@ -46,6 +46,8 @@ inline std::string UtmWkt() {
     OSRDestroySpatialReference(srs);
     return text;
 }
+
+inline std::string UtmWkt() { return EpsgWkt(32633); }
 
 // Writes values (row by row, NaN for NoData) as a plain GeoTIFF.
 inline void WriteGrid(const std::string& path, const raster::Grid& grid,

@@ -1,7 +1,6 @@
 #pragma once
-// A session in a fresh working folder, with the desktop scripted, every call
-// on the map algebra operators written down, and the progress dialogs'
-// steps readable as "position/maximum message".
+// A session in a fresh working folder, with the desktop scripted and every
+// call on the map algebra operators written down.
 
 #include <algorithm>
 #include <cmath>
@@ -68,28 +67,6 @@ protected:
         }
         std::sort(names.begin(), names.end());
         return names;
-    }
-
-    // Every step of every progress dialog, "position/maximum message", with a
-    // "close" where a dialog was hidden.
-    std::vector<std::string> ProgressSteps() const {
-        std::vector<std::string> steps;
-        for (const auto& dialog : ui.ProgressDialogs()) {
-            std::string maximum, position;
-            for (const std::string& call : dialog->calls) {
-                const auto take = [&](const char* prefix, std::string& into) {
-                    if (call.rfind(prefix, 0) != 0) return false;
-                    into = call.substr(std::string(prefix).size());
-                    return true;
-                };
-                std::string message;
-                if (take("MaxRange ", maximum) || take("Position ", position)) continue;
-                if (take("Message ", message))
-                    steps.push_back(position + "/" + maximum + " " + message);
-                if (call == "HideDialog") steps.push_back("close");
-            }
-        }
-        return steps;
     }
 
     // The expressions executed, in order, from the journal.

@@ -56,5 +56,29 @@ TEST(ConsoleProgressTest, ALogGetsOneLinePerNewMessage) {
                              FormatProgressLine("Processing", "two", 0, 2, 2) + "\n");
 }
 
+TEST(ConsoleProgressTest, BarsOnATerminalTakeTurnsOnOneLineAndEndItOnce) {
+    std::ostringstream out;
+    ConsoleServices console(out, QuestionPolicy::AnswerNo, /*redrawBar=*/true);
+    auto dialog = console.NewProgressDialogFactory()->Create(console.NewCancelTracker(), 0);
+    auto own = console.NewBar("halvane classify");
+    dialog->MaxRange(100);
+    dialog->Message("Creating Output files .. Combining Class Grids");
+    own->MaxRange(100);
+    own->Position(40);
+    std::dynamic_pointer_cast<IProgressDialog2>(dialog)->HideDialog();
+    own->HideDialog();
+    own->Position(50);
+
+    const std::string first =
+        FormatProgressLine("", "Creating Output files .. Combining Class Grids", 0, 100, 0);
+    const std::string second = FormatProgressLine("halvane classify", "", 0, 100, 40);
+    ASSERT_GT(first.size(), second.size());
+    // The shorter line blanks out what is left of the longer one; a line that
+    // was ended is not padded over.
+    EXPECT_EQ(out.str(), "\r" + first + "\r" + second +
+                             std::string(first.size() - second.size(), ' ') + "\n\r" +
+                             FormatProgressLine("halvane classify", "", 0, 100, 50));
+}
+
 }  // namespace
 }  // namespace halvane::ui

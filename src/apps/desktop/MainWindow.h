@@ -35,6 +35,7 @@ public:
     // shows its toolbars. False when nothing could be loaded; the reason is
     // then in the status bar.
     bool LoadComponent();
+    host::ComponentHost& Component() { return component_; }
     // The component's toolbar with this caption, or null.
     QToolBar* ComponentToolbar(const QString& caption) const;
 

@@ -15,6 +15,10 @@ void RasterLayer::CreateFromDataset(const raster::RasterDatasetPtr& dataset) {
     renderer_.reset();
 }
 
+void RasterLayer::CreateFromFilePath(const std::string& path) {
+    CreateFromDataset(raster::RasterDataset::Open(path));
+}
+
 }  // namespace halvane::map
 
 namespace halvane::map {

@@ -33,6 +33,8 @@ public:
     // Shows the dataset under its name, with the default rendering. A null
     // dataset fails with 91.
     void CreateFromDataset(const raster::RasterDatasetPtr& dataset);
+    // The same from a raster's full path; fails when it does not open.
+    void CreateFromFilePath(const std::string& path);
 
     // The dataset's default raster, made once by CreateFromDataset; null before.
     const raster::RasterPtr& Raster() const { return raster_; }

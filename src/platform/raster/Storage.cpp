@@ -480,7 +480,10 @@ std::string RasterWorkspace::Find(const std::string& name) const {
     std::string best;
     for (const fs::directory_entry& entry : fs::directory_iterator(path_, ec)) {
         const std::string file = entry.path().filename().string();
-        if (file.empty() || file[0] == '.' || !EqualsNoCase(Stem(file), name)) continue;
+        // A file raster answers to its name with or without its extension,
+        // "dem" or "dem.tif", as the browse dialog names it.
+        if (file.empty() || file[0] == '.') continue;
+        if (!EqualsNoCase(Stem(file), name) && !EqualsNoCase(file, name)) continue;
         if (IsGridFolder(entry.path())) return entry.path().string();
         if (!IsRasterFile(entry.path())) continue;
         // Our own grids are <name>.tif; prefer them over other formats of the same name.

@@ -36,64 +36,18 @@ private:
     std::string text_;
 };
 
-class ConsoleProgress : public IStepProgressor, public IProgressDialog2 {
-public:
-    ConsoleProgress(std::ostream& out, bool redraw) : out_(out), redraw_(redraw) {}
-
-    void Message(const std::string& text) override {
-        const bool changed = text != message_;
-        message_ = text;
-        // A log gets one line per step; a terminal gets the bar redrawn.
-        if (redraw_ || changed) Draw();
-    }
-    void MinRange(std::int32_t value) override { min_ = value; }
-    void MaxRange(std::int32_t value) override { max_ = value; }
-    void Position(std::int32_t value) override {
-        position_ = value;
-        if (redraw_) Draw();
-    }
-    void Animation(int) override {}
-    void CancelEnabled(bool) override {}
-    void Title(const std::string& title) override { title_ = title; }
-    void Description(const std::string&) override {}
-    void HideDialog() override {
-        if (redraw_ && drawn_) out_ << '\n' << std::flush;
-        drawn_ = false;
-    }
-
-private:
-    void Draw() {
-        const std::string line = FormatProgressLine(title_, message_, min_, max_, position_);
-        if (redraw_) {
-            // Pad over the remains of a longer previous line.
-            out_ << '\r' << line
-                 << std::string(lastWidth_ > line.size() ? lastWidth_ - line.size() : 0, ' ');
-            lastWidth_ = line.size();
-        } else {
-            out_ << line << '\n';
-        }
-        out_ << std::flush;
-        drawn_ = true;
-    }
-
-    std::ostream& out_;
-    bool redraw_;
-    bool drawn_ = false;
-    std::size_t lastWidth_ = 0;
-    std::string title_, message_;
-    std::int32_t min_ = 0, max_ = 0, position_ = 0;
-};
-
 class ConsoleProgressFactory : public IProgressDialogFactory {
 public:
-    ConsoleProgressFactory(std::ostream& out, bool redraw) : out_(out), redraw_(redraw) {}
+    ConsoleProgressFactory(std::ostream& out, bool redraw, std::shared_ptr<ConsoleBar::Line> line)
+        : out_(out), redraw_(redraw), line_(std::move(line)) {}
     std::shared_ptr<IStepProgressor> Create(std::shared_ptr<ITrackCancel>, WindowHandle) override {
-        return std::make_shared<ConsoleProgress>(out_, redraw_);
+        return std::make_shared<ConsoleBar>(out_, redraw_, line_);
     }
 
 private:
     std::ostream& out_;
     bool redraw_;
+    std::shared_ptr<ConsoleBar::Line> line_;
 };
 
 }  // namespace
@@ -111,6 +65,39 @@ std::string FormatProgressLine(const std::string& title, const std::string& mess
     line += std::to_string(position) + "/" + std::to_string(maxRange);
     if (!message.empty()) line += "  " + OneLine(message);
     return line;
+}
+
+ConsoleBar::ConsoleBar(std::ostream& out, bool redraw, std::shared_ptr<Line> line)
+    : out_(out), redraw_(redraw), line_(std::move(line)) {}
+
+void ConsoleBar::Message(const std::string& text) {
+    const bool changed = text != message_;
+    message_ = text;
+    if (redraw_ || changed) Draw();
+}
+
+void ConsoleBar::Position(std::int32_t value) {
+    position_ = value;
+    if (redraw_) Draw();
+}
+
+void ConsoleBar::HideDialog() {
+    if (redraw_ && line_->open) out_ << '\n' << std::flush;
+    line_->open = false;
+}
+
+void ConsoleBar::Draw() {
+    const std::string line = FormatProgressLine(title_, message_, min_, max_, position_);
+    if (redraw_) {
+        // Pad over the remains of a longer line drawn before, by this bar or another.
+        const std::size_t last = line_->open ? line_->width : 0;
+        out_ << '\r' << line << std::string(last > line.size() ? last - line.size() : 0, ' ');
+        line_->width = line.size();
+        line_->open = true;
+    } else {
+        out_ << line << '\n';
+    }
+    out_ << std::flush;
 }
 
 ConsoleServices::ConsoleServices(std::ostream& out, QuestionPolicy policy, bool redrawBar)
@@ -149,7 +136,13 @@ std::shared_ptr<ITrackCancel> ConsoleServices::NewCancelTracker() {
 }
 
 std::shared_ptr<IProgressDialogFactory> ConsoleServices::NewProgressDialogFactory() {
-    return std::make_shared<ConsoleProgressFactory>(out_, redrawBar_);
+    return std::make_shared<ConsoleProgressFactory>(out_, redrawBar_, line_);
+}
+
+std::shared_ptr<ConsoleBar> ConsoleServices::NewBar(const std::string& title) {
+    auto bar = std::make_shared<ConsoleBar>(out_, redrawBar_, line_);
+    bar->Title(title);
+    return bar;
 }
 
 bool ConsoleServices::ShowGxDialog(const GxDialog& dialog, WindowHandle,

@@ -10,7 +10,9 @@ namespace {
 
 constexpr const char* kScriptSource = "ScriptedServices";
 
-std::string KindOfMessage(int buttons) {
+}  // namespace
+
+std::string ScriptedServices::KindOfMessage(int buttons) {
     if ((buttons & kButtonsMask) == vbYesNo) return "question";
     switch (buttons & kIconMask) {
         case vbCritical:
@@ -26,6 +28,8 @@ std::string KindOfMessage(int buttons) {
     }
 }
 
+namespace {
+
 class ScriptedErrorWindow : public IErrorWindow {
 public:
     explicit ScriptedErrorWindow(std::weak_ptr<ScriptedProgressDialog::Shared> shared)
@@ -38,7 +42,7 @@ public:
         auto shared = shared_.lock();
         if (!shared) return;
         shared->MaybeFail("Show");
-        if (show) shared->events.push_back({"error-window", text_, {}, 0});
+        if (show) shared->Record({"error-window", text_, {}, 0});
     }
 
 private:
@@ -67,6 +71,13 @@ private:
 
 }  // namespace
 
+void ScriptedProgressDialog::Shared::Record(Event event) {
+    events.push_back(std::move(event));
+    if (onEvent) onEvent(events.back());
+}
+
+void ScriptedServices::Record(Event event) { shared_->Record(std::move(event)); }
+
 void ScriptedProgressDialog::Shared::MaybeFail(const std::string& operation) {
     auto found = failures.find(operation);
     if (found == failures.end() || found->second.empty()) return;
@@ -92,7 +103,7 @@ void ScriptedProgressDialog::Message(const std::string& text) {
     message = text;
     auto shared = shared_.lock();
     if (!shared) return;
-    shared->events.push_back({"progress", text, title, 0});
+    shared->Record({"progress", text, title, 0});
     if (shared->onProgressMessage) shared->onProgressMessage(*this);
 }
 
@@ -143,6 +154,7 @@ void ScriptedProgressDialog::PressCancel() {
 ScriptedServices::ScriptedServices()
     : shared_(std::make_shared<ScriptedProgressDialog::Shared>()),
       onProgressMessage(shared_->onProgressMessage),
+      onEvent(shared_->onEvent),
       onUnexpected([](const std::string& what) {
           std::cerr << "ScriptedServices: " << what << std::endl;
           std::abort();
@@ -200,18 +212,18 @@ bool ScriptedServices::Take(const std::string& dialog, T& answer) {
 
 MsgBoxResult ScriptedServices::MsgBox(const std::string& prompt, int buttons,
                                       const std::string& title) {
-    shared_->events.push_back({KindOfMessage(buttons), prompt, title, buttons});
+    Record({KindOfMessage(buttons), prompt, title, buttons});
     if ((buttons & kButtonsMask) == vbOKOnly) return vbOK;
     MsgBoxResult answer = vbCancel;
     Take("message box \"" + prompt + "\"", answer);
     return answer;
 }
 
-void ScriptedServices::Beep() { shared_->events.push_back({"beep", {}, {}, 0}); }
+void ScriptedServices::Beep() { Record({"beep", {}, {}, 0}); }
 
 void ScriptedServices::SetMousePointer(int pointer) {
     pointer_ = pointer;
-    shared_->events.push_back({"pointer", std::to_string(pointer), {}, 0});
+    Record({"pointer", std::to_string(pointer), {}, 0});
 }
 
 int ScriptedServices::MousePointer() const { return pointer_; }
@@ -232,14 +244,14 @@ std::shared_ptr<IProgressDialogFactory> ScriptedServices::NewProgressDialogFacto
 
 bool ScriptedServices::ShowGxDialog(const GxDialog& dialog, WindowHandle,
                                     std::vector<std::string>& selection) {
-    shared_->events.push_back({"browse", {}, dialog.Title, dialog.AllowMultiSelect ? 1 : 0});
+    Record({"browse", {}, dialog.Title, dialog.AllowMultiSelect ? 1 : 0});
     if (!Take("browse dialog \"" + dialog.Title + "\"", selection)) return false;
     return !selection.empty();
 }
 
 bool ScriptedServices::ShowFileDialog(CommonDialog& dialog, FileDialogMode mode) {
     const bool save = mode == FileDialogMode::Save;
-    shared_->events.push_back(
+    Record(
         {save ? "file-save" : "file-open", dialog.FileName, dialog.DialogTitle, dialog.Flags});
     std::string chosen;
     if (!Take("file dialog \"" + dialog.DialogTitle + "\"", chosen) || chosen.empty()) return false;
@@ -249,7 +261,7 @@ bool ScriptedServices::ShowFileDialog(CommonDialog& dialog, FileDialogMode mode)
 
 WindowHandle ScriptedServices::HtmlHelp(WindowHandle caller, const std::string& file, int,
                                         const std::string& topic) {
-    shared_->events.push_back({"help", topic, file, static_cast<int>(caller)});
+    Record({"help", topic, file, static_cast<int>(caller)});
     return 0;
 }
 

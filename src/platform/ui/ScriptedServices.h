@@ -79,6 +79,8 @@ public:
     void FailNext(const std::string& operation, std::int32_t number);
     // Runs after every progress message, so a test can press Cancel mid-job.
     std::function<void(ScriptedProgressDialog&)>& onProgressMessage;
+    // Runs at every event as it is recorded, for a log that follows the session live.
+    std::function<void(const Event&)>& onEvent;
     // Called with a description of a dialog the script had no answer for, or
     // of answers left over at Verify(). The default prints it and aborts.
     std::function<void(const std::string&)> onUnexpected;
@@ -94,6 +96,8 @@ public:
 
     // --- UiServices
     MsgBoxResult MsgBox(const std::string& prompt, int buttons, const std::string& title) override;
+    // The kind of event a message box of this style is recorded as.
+    static std::string KindOfMessage(int buttons);
     void Beep() override;
     void SetMousePointer(int pointer) override;
     int MousePointer() const override;
@@ -105,6 +109,9 @@ public:
     bool ShowFileDialog(CommonDialog& dialog, FileDialogMode mode) override;
     WindowHandle HtmlHelp(WindowHandle caller, const std::string& file, int command,
                           const std::string& topic) override;
+
+protected:
+    void Record(Event event);
 
 private:
     using Response = std::variant<MsgBoxResult, std::vector<std::string>, std::string>;
@@ -123,7 +130,10 @@ struct ScriptedProgressDialog::Shared {
     std::map<std::string, std::deque<std::int32_t>> failures;
     std::vector<std::shared_ptr<ScriptedProgressDialog>> dialogs;
     std::function<void(ScriptedProgressDialog&)> onProgressMessage;
+    std::function<void(const Event&)> onEvent;
     int errorWindows = 0;
+
+    void Record(Event event);
 
     // Raises the failure scripted for `operation`, if any.
     void MaybeFail(const std::string& operation);

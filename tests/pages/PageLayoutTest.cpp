@@ -1,0 +1,163 @@
+// The pages as a person sees them: every page opens on its real controls,
+// laid out as a desktop dialog is (labels beside their boxes, browse buttons
+// beside the paths, the buttons at the bottom right, nothing cut off), and
+// each is photographed into screenshots/ of the build tree.
+
+#include <gtest/gtest.h>
+
+#include <QAbstractButton>
+#include <QLabel>
+#include <QLineEdit>
+#include <QToolButton>
+
+#include "support/GridFiles.h"
+#include "support/PageDesktop.h"
+#include "support/Screenshot.h"
+
+namespace halvane {
+namespace {
+
+using namespace pages;
+
+// Geometry in the page's own coordinates.
+QRect Frame(PageSlot& page, const char* control) {
+    QWidget* widget = page.Get().findChild<QWidget*>(QString::fromLatin1(control));
+    if (!widget) {
+        ADD_FAILURE() << page.Name() << " has no " << control;
+        return {};
+    }
+    return QRect(widget->mapTo(&page.Get(), QPoint(0, 0)), widget->size());
+}
+
+bool SameRow(const QRect& a, const QRect& b) {
+    return a.top() < b.bottom() && b.top() < a.bottom();
+}
+
+class PageLayoutTest : public testing::PageDesktop {
+protected:
+    // `left` stands before `right` on one row.
+    static void ExpectBeside(PageSlot& page, const char* left, const char* right) {
+        const QRect a = Frame(page, left), b = Frame(page, right);
+        EXPECT_TRUE(SameRow(a, b)) << left << " and " << right << " on " << page.Name();
+        EXPECT_LE(a.right(), b.left()) << left << " before " << right << " on " << page.Name();
+    }
+
+    // Everything on the page lies inside it, and no single-line label is
+    // cut short; the last button of the row sits in the bottom right corner.
+    static void ExpectWholeDialog(PageSlot& page, const char* lastButton) {
+        QWidget& window = page.Get();
+        const QRect inside = window.rect();
+        for (QWidget* child : window.findChildren<QWidget*>()) {
+            if (!child->isVisibleTo(&window) || child->objectName().isEmpty()) continue;
+            const QRect frame(child->mapTo(&window, QPoint(0, 0)), child->size());
+            EXPECT_TRUE(inside.contains(frame)) << child->objectName().toStdString();
+            auto* label = qobject_cast<QLabel*>(child);
+            if (label && !label->wordWrap() && !label->text().isEmpty()) {
+                EXPECT_GE(label->width(), label->sizeHint().width())
+                    << label->objectName().toStdString() << " is cut short";
+            }
+        }
+        const QRect last = Frame(page, lastButton);
+        EXPECT_LT(inside.right() - last.right(), 24) << page.Name();
+        EXPECT_LT(inside.bottom() - last.bottom(), 24) << page.Name();
+    }
+
+    static void Photograph(PageSlot& page) {
+        QWidget& window = page.Get();
+        testing::SaveScreenshot(
+            testing::WithTitleBar(window.grab().toImage(), window.windowTitle()), page.Name());
+    }
+};
+
+TEST_F(PageLayoutTest, SetupPage) {
+    StartWizard();
+    Click(frmIntro, "cmdNext");
+    Type(frmZoneSetup_inputdata, "g_s_WorkingDir", "/data/survey/work");
+    Type(frmZoneSetup_inputdata, "g_s_InputDataSet", "/data/survey/multibeam.tif");
+    EXPECT_EQ(Text(frmZoneSetup_inputdata, "lblHeading"), "Halvane Classification Setup");
+    EXPECT_EQ(Text(frmZoneSetup_inputdata, "lblSubHeading"), "Input Data");
+    EXPECT_EQ(Text(frmZoneSetup_inputdata, "Label6"), "Fine Scale:  ");
+    for (auto [box, browse] : {std::pair{"g_s_WorkingDir", "cmdOpenWS"},
+                               {"g_s_InputDataSet", "cmdInputBrowse"},
+                               {"g_s_LargeScaleBPI", "cmdInputLrgScaleBPIBrowse"},
+                               {"g_s_SmallScaleBPI", "cmdInputSmlScaleBPIBrowse"},
+                               {"txtInputDataSet2", "cmdInputDSBrowse"}}) {
+        ExpectBeside(frmZoneSetup_inputdata, box, browse);
+    }
+    ExpectBeside(frmZoneSetup_inputdata, "Label6", "g_s_LargeScaleBPI");
+    ExpectBeside(frmZoneSetup_inputdata, "Label7", "g_s_SmallScaleBPI");
+    ExpectBeside(frmZoneSetup_inputdata, "Label9", "txtInputDataSet2");
+    ExpectBeside(frmZoneSetup_inputdata, "InputOption(1)", "Label4");
+    ExpectBeside(frmZoneSetup_inputdata, "InputOption(0)", "Label5");
+    ExpectBeside(frmZoneSetup_inputdata, "cmdWhyResample", "cmdBack");
+    ExpectBeside(frmZoneSetup_inputdata, "cmdBack", "cmdNext");
+    ExpectBeside(frmZoneSetup_inputdata, "cmdNext", "cmdCancel");
+    ExpectWholeDialog(frmZoneSetup_inputdata, "cmdCancel");
+    Photograph(frmZoneSetup_inputdata);
+}
+
+TEST_F(PageLayoutTest, ResamplingPageWithItsInputGrid) {
+    testing::TempDir folder;
+    testing::WriteGrid(folder / "multibeam.tif", {500000, 6000000, 2.5, 2.5, 8, 6},
+                       std::vector<double>(48, -20.0));
+    g_s_InputDataSet = "multibeam.tif";
+    g_s_InputDataPath = folder.Path().string();
+    StartWizard();
+    frmIntro.Hide();
+    frmZoneSetup_resampling.Show();
+    Click(frmZoneSetup_resampling, "g_b_Resample(0)");
+    Type(frmZoneSetup_resampling, "g_s_OutputDataSet", "multibeam5m");
+    EXPECT_EQ(Text(frmZoneSetup_resampling, "lbl_InputDataCellSize"), "2.5");
+    ExpectBeside(frmZoneSetup_resampling, "Label2(0)", "lbl_InputDataSet");
+    ExpectBeside(frmZoneSetup_resampling, "Label2(1)", "lbl_InputDataCellSize");
+    ExpectBeside(frmZoneSetup_resampling, "g_b_Resample(0)", "g_b_Resample(1)");
+    ExpectBeside(frmZoneSetup_resampling, "Label4", "g_i_OutputCellSize");
+    ExpectBeside(frmZoneSetup_resampling, "Label5", "g_s_ResampleMethod");
+    ExpectBeside(frmZoneSetup_resampling, "Label6", "g_s_OutputDataSet");
+    ExpectBeside(frmZoneSetup_resampling, "g_s_OutputDataSet", "cmdSubmitResampleData");
+    ExpectWholeDialog(frmZoneSetup_resampling, "cmdCancel");
+    Photograph(frmZoneSetup_resampling);
+}
+
+TEST_F(PageLayoutTest, RequiredDataDialogs) {
+    g_b_StandAloneRun = true;
+    g_s_WorkingDir = "/data/survey/work";
+    struct Dialog {
+        PageSlot& page;
+        const char* caption;
+        std::vector<std::pair<const char*, const char*>> rows;
+    };
+    const Dialog dialogs[] = {
+        {frmZoneSetup_resampling_reqdata,
+         "Resample - Required Data",
+         {{"g_s_WorkingDir", "cmdOpenWS"}, {"g_s_InputDataSet", "cmdInputBrowse"}}},
+        {frmZoneStep1_reqdata,
+         "Broad Scale - Required Data",
+         {{"g_s_WorkingDir", "cmdOpenWS"}, {"g_s_InputDataSet", "cmdInputBrowse"}}},
+        {frmZoneStep2_reqdata,
+         "Fine Scale - Required Data",
+         {{"g_s_WorkingDir", "cmdOpenWS"}, {"g_s_InputDataSet", "cmdInputBrowse"}}},
+        {frmZoneStep3_reqdata,
+         "Standardize BPI - Required",
+         {{"g_s_WorkingDir", "cmdOpenWS"},
+          {"Label3(1)", "g_s_LS_BPI_InputDataSet"},
+          {"g_s_LS_BPI_InputDataSet", "cmdLSBPI_Input_Browse"},
+          {"Label3(0)", "g_s_SS_BPI_InputDataSet"},
+          {"g_s_SS_BPI_InputDataSet", "cmdSSBPI_Input_Browse"}}},
+    };
+    for (const Dialog& dialog : dialogs) {
+        SCOPED_TRACE(dialog.page.Name());
+        dialog.page.Show();
+        EXPECT_EQ(dialog.page.Get().windowTitle().toStdString(), dialog.caption);
+        for (const auto& [left, right] : dialog.rows) ExpectBeside(dialog.page, left, right);
+        for (const char* absent : {"cmdBack", "cmdNext", "cmdCancel"}) {
+            EXPECT_EQ(dialog.page.Get().findChild<QWidget*>(absent), nullptr) << absent;
+        }
+        ExpectWholeDialog(dialog.page, "cmdOK");
+        Photograph(dialog.page);
+        dialog.page.Unload();
+    }
+}
+
+}  // namespace
+}  // namespace halvane
