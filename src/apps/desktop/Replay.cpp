@@ -506,9 +506,7 @@ private:
     static void Type(const Action& action, QWidget& widget) {
         QLineEdit* box = BoxOf(widget);
         if (!box) throw ScriptError{action.line, "'" + action.target + "' takes no typing"};
-        // As typing over the whole text would: the box's limit holds.
-        box->selectAll();
-        box->insert(QString::fromStdString(action.text));
+        pages::TypeInto(*box, QString::fromStdString(action.text));
     }
 
     static void Pick(const Action& action, QWidget& widget) {
