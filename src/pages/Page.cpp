@@ -1,6 +1,9 @@
 #include "pages/Page.h"
 
+#include <QClipboard>
 #include <QCloseEvent>
+#include <QGuiApplication>
+#include <QKeyEvent>
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QFrame>
@@ -13,6 +16,8 @@
 #include <QStyle>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <algorithm>
+#include <limits>
 
 #include "engine/Session.h"
 #include "host/HTMLHelp.h"
@@ -145,10 +150,49 @@ QPushButton* Page::NewButton(const char* name, const QString& caption, QBoxLayou
     return button;
 }
 
+namespace {
+
+constexpr const char* kTypingLimit = "typingLimit";
+
+// A text box whose limit holds for typing only, as a classic MaxLength does:
+// text set in code may be longer (a default name from a long input name), so
+// the box's own maxLength, which cuts any text, cannot serve.
+class LimitedBox : public QLineEdit {
+public:
+    LimitedBox(QWidget* parent, int limit) : QLineEdit(parent) { setProperty(kTypingLimit, limit); }
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override {
+        if (event->matches(QKeySequence::Paste)) {
+            TypeInto(*this, QGuiApplication::clipboard()->text(), false);
+            return;
+        }
+        const QString typed = event->text();
+        const bool printable = !typed.isEmpty() && typed.at(0).isPrint() &&
+                               !(event->modifiers() & (Qt::ControlModifier | Qt::AltModifier));
+        if (printable && Room(*this) < typed.size()) return;
+        QLineEdit::keyPressEvent(event);
+    }
+
+public:
+    // How many more characters typing may add in place of the selection.
+    static int Room(const QLineEdit& box) {
+        const int limit = box.property(kTypingLimit).toInt();
+        if (limit <= 0) return std::numeric_limits<int>::max();
+        return limit - (box.text().size() - box.selectedText().size());
+    }
+};
+
+}  // namespace
+
+void TypeInto(QLineEdit& box, const QString& text, bool replaceAll) {
+    if (replaceAll) box.selectAll();
+    box.insert(text.left(std::max(0, LimitedBox::Room(box))));
+}
+
 QLineEdit* Page::NewBox(const char* name, int maxLength) {
-    auto* box = new QLineEdit(this);
+    auto* box = new LimitedBox(this, maxLength);
     box->setObjectName(QString::fromLatin1(name));
-    if (maxLength > 0) box->setMaxLength(maxLength);
     box->setMinimumWidth(260);
     return box;
 }

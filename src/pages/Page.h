@@ -121,7 +121,8 @@ protected:
     QBoxLayout* ButtonRow() const { return buttonRow_; }
     QLabel* NewLabel(const char* name, const QString& text, QBoxLayout* into = nullptr);
     QPushButton* NewButton(const char* name, const QString& caption, QBoxLayout* into = nullptr);
-    // A text box; a maxLength of 0 leaves its length free.
+    // A text box; maxLength limits typing as a classic MaxLength does, and
+    // text set in code may be longer; 0 leaves it free.
     QLineEdit* NewBox(const char* name, int maxLength = 0);
     // The picture button beside a path box that opens a browse dialog.
     QToolButton* NewBrowseButton(const char* name);
@@ -180,6 +181,11 @@ private:
     bool formLoaded_ = false;
     bool unloaded_ = false;
 };
+
+// Typing into a box made by NewBox, as a person would: `text` in place of the
+// selection (of the whole text with `replaceAll`), cut where the box's typing
+// limit ends.
+void TypeInto(QLineEdit& box, const QString& text, bool replaceAll = true);
 
 // What the host's user-interface runtime does with a failure that an event
 // handler raised instead of reporting: it shows its own message, the run-time

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QRadioButton>
 
@@ -17,7 +19,6 @@ class frmTestPage : public Page {
 public:
     explicit frmTestPage(PageSlot& slot) : Page(slot, "frmTest") {
         txtName->setObjectName("txtName");
-        txtName->setMaxLength(12);
         optYes->setObjectName("optYes");
         OnChange(txtName, "txtName_Change", kTopLevel, [this] { changes.push_back(Text()); });
         OnOptionClick(optYes, "optYes_Click", kPassOn,
@@ -25,7 +26,7 @@ public:
     }
     std::string Text() const { return txtName->text().toStdString(); }
 
-    QLineEdit* txtName = new QLineEdit(this);
+    QLineEdit* txtName = NewBox("txtName", 12);
     QRadioButton* optYes = new QRadioButton(this);
     std::vector<std::string> changes;
 };
@@ -38,7 +39,32 @@ TEST_F(PageFrameworkTest, ChangeFiresForTypingAndForCodeAlike) {
     frmTest.Show();
     Type(frmTest, "txtName", "a name longer than twelve");
     frmTest->txtName->setText("dem_150");
-    EXPECT_EQ(frmTest->changes, (std::vector<std::string>{"a name longe", "dem_150"}));
+    // The limit holds for typing only: code may set a longer text.
+    frmTest->txtName->setText("longinputname_150");
+    EXPECT_EQ(frmTest->changes,
+              (std::vector<std::string>{"a name longe", "dem_150", "longinputname_150"}));
+}
+
+TEST_F(PageFrameworkTest, KeysBeyondTheTypingLimitAreRefusedEvenAfterALongerTextFromCode) {
+    frmTest.Show();
+    auto press = [](QLineEdit& box, Qt::Key key, const QString& text) {
+        QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier, text);
+        QApplication::sendEvent(&box, &event);
+    };
+    QLineEdit& box = *frmTest->txtName;
+    for (char c : std::string("abcdefghijklm")) press(box, Qt::Key_A, QString(QChar(c)));
+    EXPECT_EQ(frmTest->Text(), "abcdefghijkl");
+    box.setText("longinputname_150");
+    box.end(false);
+    press(box, Qt::Key_X, "x");
+    EXPECT_EQ(frmTest->Text(), "longinputname_150");
+    // Deleting works; typing waits until the text is within the limit.
+    press(box, Qt::Key_Backspace, {});
+    press(box, Qt::Key_X, "x");
+    EXPECT_EQ(frmTest->Text(), "longinputname_15");
+    box.selectAll();
+    press(box, Qt::Key_Y, "y");
+    EXPECT_EQ(frmTest->Text(), "y");
 }
 
 TEST_F(PageFrameworkTest, AFailureRaisedOutOfAnEventReachesTheHostsRuntime) {

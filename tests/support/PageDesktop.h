@@ -67,8 +67,7 @@ protected:
     // Replaces the box's text as typing would, within its maximum length.
     static void Type(pages::PageSlot& page, const char* box, const std::string& text) {
         if (auto* found = Find<QLineEdit>(page, box)) {
-            found->selectAll();
-            found->insert(QString::fromStdString(text));
+            pages::TypeInto(*found, QString::fromStdString(text));
         }
     }
 

@@ -9,6 +9,8 @@
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QRadioButton>
+#include <QStackedWidget>
+#include <QTabWidget>
 #include <QTableWidget>
 #include <algorithm>
 #include <cstdio>
@@ -90,6 +92,22 @@ public:
             if (event.kind == "error-window") JsonLine("report").Text("text", event.text).WriteTo(out_);
             if (event.kind == "help") JsonLine("help").Text("topic", event.text).WriteTo(out_);
         };
+        onProgressMessage = [this](ui::ScriptedProgressDialog& dialog) {
+            if (!cancels_.empty() && cancels_.front() == dialog.position) {
+                cancels_.pop_front();
+                dialog.PressCancel();
+            }
+        };
+    }
+
+    // Cancel on the progress dialog the next time its bar stands at `position`.
+    void QueueCancel(std::int32_t position) { cancels_.push_back(position); }
+
+    // The progress dialog now open, if any.
+    const ui::ScriptedProgressDialog* OpenProgress() const {
+        const auto& dialogs = ProgressDialogs();
+        if (dialogs.empty() || !dialogs.back()->visible) return nullptr;
+        return dialogs.back().get();
     }
 
     void QueueQuestion(ui::MsgBoxResult answer) { questions_.push_back(answer); }
@@ -164,6 +182,7 @@ private:
     std::ostream& out_;
     std::deque<ui::MsgBoxResult> questions_;
     std::deque<DialogAnswer> dialogs_;
+    std::deque<std::int32_t> cancels_;
 };
 
 // --- the script
@@ -211,6 +230,14 @@ void CheckControlName(const Action& action) {
     if (!PageNamed(page)) throw ScriptError{action.line, "unknown page '" + page + "'"};
 }
 
+bool IsPosition(const std::string& text) {
+    return !text.empty() && text.size() < 6 &&
+           std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+// The screen's mouse pointer, as `get` names it.
+constexpr const char* kPointer = "Screen.MousePointer";
+
 Action ParseLine(int number, const std::string& line) {
     Action action;
     action.line = number;
@@ -240,11 +267,15 @@ Action ParseLine(int number, const std::string& line) {
         const bool known = (kind == "question" && (action.text == "Yes" || action.text == "No")) ||
                            ((kind == "folder" || kind == "raster" || kind == "open" ||
                              kind == "save") && !action.text.empty()) ||
-                           (kind == "cancel" && action.text.empty());
+                           (kind == "cancel" && action.text.empty()) ||
+                           (kind == "progress" && IsPosition(action.text));
         if (!known) throw ScriptError{number, "unknown answer '" + rest + "'"};
     } else if (verb == "get") {
         action.target = rest;
-        if (rest != "shown" && rest.rfind("session.", 0) != 0) CheckControlName(action);
+        if (rest != "shown" && rest != "progress" && rest != kPointer &&
+            rest.rfind("session.", 0) != 0) {
+            CheckControlName(action);
+        }
     } else {
         throw ScriptError{number, "unknown action '" + verb + "'"};
     }
@@ -397,6 +428,8 @@ private:
     void Answer(const Action& action) {
         if (action.target == "question") {
             services_.QueueQuestion(action.text == "Yes" ? ui::vbYes : ui::vbNo);
+        } else if (action.target == "progress") {
+            services_.QueueCancel(std::stoi(action.text));
         } else {
             services_.QueueDialog({action.target, action.text});
         }
@@ -408,15 +441,20 @@ private:
         const Control control = Find(action);
         QWidget* widget = control.widget;
         if (!widget) throw ScriptError{action.line, "the caption takes no " + action.verb};
+        // A tab that is not in front is still there to click.
+        QTabWidget* tabs = TabsOf(*widget);
+        QWidget* seen = tabs ? tabs : widget;
         const char* why = !control.page->Shown()                        ? "page not shown"
-                          : !widget->isVisibleTo(&control.page->Get()) ? "hidden"
+                          : !seen->isVisibleTo(&control.page->Get())   ? "hidden"
                           : !widget->isEnabled()                        ? "disabled"
                                                                         : nullptr;
         if (why) {
             JsonLine("ignored").Text("control", action.target).Text("why", why).WriteTo(out_);
             return;
         }
-        if (action.verb == "click") {
+        if (action.verb == "click" && tabs) {
+            tabs->setCurrentWidget(widget);
+        } else if (action.verb == "click") {
             Click(*widget);
         } else if (action.verb == "type") {
             Type(action, *widget);
@@ -432,6 +470,14 @@ private:
             QApplication::sendEvent(widget, &press);
             QApplication::sendEvent(widget, &release);
         }
+    }
+
+    // The tab control that `widget` is a tab of, if it is one.
+    static QTabWidget* TabsOf(QWidget& widget) {
+        auto* stack = qobject_cast<QStackedWidget*>(widget.parentWidget());
+        if (!stack) return nullptr;
+        auto* tabs = qobject_cast<QTabWidget*>(stack->parentWidget());
+        return tabs && tabs->indexOf(&widget) >= 0 ? tabs : nullptr;
     }
 
     static void ClickAt(QWidget& widget, const QPoint& where) {
@@ -460,9 +506,7 @@ private:
     static void Type(const Action& action, QWidget& widget) {
         QLineEdit* box = BoxOf(widget);
         if (!box) throw ScriptError{action.line, "'" + action.target + "' takes no typing"};
-        // As typing over the whole text would: the box's limit holds.
-        box->selectAll();
-        box->insert(QString::fromStdString(action.text));
+        pages::TypeInto(*box, QString::fromStdString(action.text));
     }
 
     static void Pick(const Action& action, QWidget& widget) {
@@ -498,6 +542,22 @@ private:
             }
             std::sort(shown.begin(), shown.end());
             JsonLine("shown").List("pages", shown).WriteTo(out_);
+            return;
+        }
+        if (action.target == kPointer) {
+            JsonLine("value")
+                .Text("name", action.target)
+                .Text("text", std::to_string(services_.MousePointer()))
+                .WriteTo(out_);
+            return;
+        }
+        if (action.target == "progress") {
+            const ui::ScriptedProgressDialog* open = services_.OpenProgress();
+            JsonLine("value")
+                .Text("name", action.target)
+                .Text("text", open ? open->message : std::string())
+                .Flag("visible", open != nullptr)
+                .WriteTo(out_);
             return;
         }
         if (action.target.rfind("session.", 0) == 0) {
@@ -537,6 +597,7 @@ private:
         if (auto* button = qobject_cast<QAbstractButton*>(&widget)) text = button->text();
         if (auto* box = qobject_cast<QLineEdit*>(&widget)) text = box->text();
         if (auto* combo = qobject_cast<QComboBox*>(&widget)) text = combo->currentText();
+        if (auto* tabs = qobject_cast<QTabWidget*>(&widget)) text = tabs->tabText(tabs->currentIndex());
         if (auto* grid = qobject_cast<QAbstractItemView*>(&widget)) {
             text = grid->currentIndex().data().toString();
         }
