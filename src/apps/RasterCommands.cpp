@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "engine/RasterAccess.h"
+#include "platform/runtime/Text.h"
 #include "host/ErrorHandling.h"
 #include "host/modProgDialog.h"
 #include "platform/runtime/Convert.h"
@@ -33,23 +34,6 @@ std::string Number(double value) {
     char text[40];
     std::snprintf(text, sizeof text, "%.17g", value);
     return text;
-}
-
-std::string JsonText(const std::string& text) {
-    std::string out = "\"";
-    for (const char c : text) {
-        if (c == '"' || c == '\\') {
-            out += '\\';
-            out += c;
-        } else if (static_cast<unsigned char>(c) < 0x20) {
-            char escaped[8];
-            std::snprintf(escaped, sizeof escaped, "\\u%04x", c);
-            out += escaped;
-        } else {
-            out += c;
-        }
-    }
-    return out + "\"";
 }
 
 // The items that tell where a grid came from: the writer, the date, and ours.
@@ -169,7 +153,7 @@ int RunInfo(const Arguments& arguments) {
             if (reference.empty()) {
                 out << "null";
             } else {
-                out << "{\"name\": " << JsonText(reference)
+                out << "{\"name\": " << runtime::JsonString(reference)
                     << ", \"epsg\": " << (epsg ? std::to_string(*epsg) : "null") << "}";
             }
             out << ", \"nodata_cells\": " << noData
@@ -192,7 +176,7 @@ int RunInfo(const Arguments& arguments) {
                 out << "[";
                 const char* separator = "";
                 for (const raster::AttributeRow& row : band->AttributeTable()) {
-                    out << separator << "[" << row.Value << ", " << JsonText(row.Class_Name) << "]";
+                    out << separator << "[" << row.Value << ", " << runtime::JsonString(row.Class_Name) << "]";
                     separator = ", ";
                 }
                 out << "]";
@@ -202,7 +186,7 @@ int RunInfo(const Arguments& arguments) {
             out << ", \"provenance\": {";
             const char* separator = "";
             for (const auto& [key, value] : provenance) {
-                out << separator << JsonText(key) << ": " << JsonText(value);
+                out << separator << runtime::JsonString(key) << ": " << runtime::JsonString(value);
                 separator = ", ";
             }
             out << "}}\n";
