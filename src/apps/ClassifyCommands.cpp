@@ -10,7 +10,7 @@
 #include "engine/Analysis.h"
 #include "engine/RasterAccess.h"
 #include "engine/Session.h"
-#include "host/modProgDialog.h"
+#include "platform/reporting/modProgDialog.h"
 #include "platform/raster/Storage.h"
 
 namespace halvane::apps {

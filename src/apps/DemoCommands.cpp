@@ -16,7 +16,7 @@
 #include "engine/RasterAccess.h"
 #include "engine/ResultLayers.h"
 #include "engine/Session.h"
-#include "host/HTMLHelp.h"
+#include "platform/reporting/HTMLHelp.h"
 #include "platform/map/view/Picture.h"
 #include "platform/raster/Storage.h"
 #include "platform/runtime/Text.h"

@@ -9,8 +9,8 @@
 
 #include "engine/RasterAccess.h"
 #include "platform/runtime/Text.h"
-#include "host/ErrorHandling.h"
-#include "host/modProgDialog.h"
+#include "platform/reporting/ErrorHandling.h"
+#include "platform/reporting/modProgDialog.h"
 #include "platform/runtime/Convert.h"
 #include "platform/ui/ConsoleServices.h"
 

@@ -1,7 +1,7 @@
 #include "engine/ResultLayers.h"
 
 #include "engine/Session.h"
-#include "host/ErrorHandling.h"
+#include "platform/reporting/ErrorHandling.h"
 #include "platform/raster/Storage.h"
 #include "platform/runtime/Convert.h"
 

@@ -6,7 +6,7 @@
 
 #include "engine/RasterAccess.h"
 #include "engine/Session.h"
-#include "host/modProgDialog.h"
+#include "platform/reporting/modProgDialog.h"
 #include "platform/raster/MapAlgebra.h"
 #include "platform/runtime/Convert.h"
 

@@ -20,7 +20,7 @@
 #include <limits>
 
 #include "engine/Session.h"
-#include "host/HTMLHelp.h"
+#include "platform/reporting/HTMLHelp.h"
 
 namespace halvane::pages {
 namespace {

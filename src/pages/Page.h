@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "host/ErrorHandling.h"
+#include "platform/reporting/ErrorHandling.h"
 #include "platform/map/Fwd.h"
 #include "platform/runtime/Failure.h"
 

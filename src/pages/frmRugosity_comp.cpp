@@ -2,7 +2,7 @@
 #include <QPushButton>
 
 #include "engine/Session.h"
-#include "host/HTMLHelp.h"
+#include "platform/reporting/HTMLHelp.h"
 #include "pages/frmRugosity.h"
 
 namespace halvane::pages {

@@ -7,7 +7,7 @@
 
 #include "engine/ResultLayers.h"
 #include "engine/Session.h"
-#include "host/ErrorHandling.h"
+#include "platform/reporting/ErrorHandling.h"
 #include "platform/raster/Storage.h"
 #include "support/GridFiles.h"
 #include "support/ScriptedDesktop.h"

@@ -9,7 +9,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "host/HTMLHelp.h"
+#include "platform/reporting/HTMLHelp.h"
 #include "host/component/ClassTable.h"
 #include "host/component/ComponentHost.h"
 #include "host/component/Registry.h"

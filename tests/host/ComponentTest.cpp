@@ -10,7 +10,7 @@
 #include <memory>
 #include <set>
 
-#include "host/HTMLHelp.h"
+#include "platform/reporting/HTMLHelp.h"
 #include "host/component/ClassTable.h"
 #include "host/component/Commands.h"
 #include "platform/map/Application.h"

@@ -7,7 +7,7 @@
 #include <QPushButton>
 #include <set>
 
-#include "host/HTMLHelp.h"
+#include "platform/reporting/HTMLHelp.h"
 #include "pages/frmIntro.h"
 #include "support/PageDesktop.h"
 

@@ -16,7 +16,7 @@
 #include <vector>
 
 #include "engine/Session.h"
-#include "host/ErrorHandling.h"
+#include "platform/reporting/ErrorHandling.h"
 #include "pages/Pages.h"
 #include "support/ScriptedDesktop.h"
 

@@ -8,7 +8,7 @@
 #include <QMessageBox>
 #include <set>
 
-#include "host/ErrorHandling.h"
+#include "platform/reporting/ErrorHandling.h"
 #include "pages/frmIntro.h"
 #include "platform/runtime/Failure.h"
 #include "platform/ui/qt/QtDialogs.h"

@@ -4,8 +4,8 @@
 
 #include "engine/ResultLayers.h"
 #include "engine/Session.h"
-#include "host/ErrorHandling.h"
-#include "host/HTMLHelp.h"
+#include "platform/reporting/ErrorHandling.h"
+#include "platform/reporting/HTMLHelp.h"
 #include "pages/Pages.h"
 #include "platform/map/Application.h"
 #include "platform/runtime/Failure.h"

@@ -1,4 +1,4 @@
-#include "host/modProgDialog.h"
+#include "platform/reporting/modProgDialog.h"
 
 #include <functional>
 #include <vector>

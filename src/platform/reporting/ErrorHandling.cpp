@@ -1,4 +1,4 @@
-#include "host/ErrorHandling.h"
+#include "platform/reporting/ErrorHandling.h"
 
 #include "platform/runtime/Failure.h"
 
