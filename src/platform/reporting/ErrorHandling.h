@@ -15,6 +15,7 @@
 //     }
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <type_traits>
@@ -61,6 +62,17 @@ struct Procedure {
 // blank and the line text ("cmdNext_Click frmRugosity ").
 std::string LocationOf(const Procedure& procedure, std::int32_t line = 0);
 
+// How failures that reach a top-level procedure are reported: in the error
+// window, as the desktop does, unless `report` is set (the command line's
+// style, see CommandLineStyle.h). Then `report` gets the failure as it arose,
+// after the error window's full report when `fullReport` is set; it may throw
+// runtime::RunStopped to end the run.
+struct FailureReporting {
+    bool fullReport = false;
+    std::function<void(const runtime::Failure& origin)> report;
+};
+FailureReporting& TopLevelReporting();
+
 // The handler of a protected procedure; call it inside a catch block only.
 void HandleCurrentFailure(const Procedure& procedure);
 
@@ -72,6 +84,8 @@ auto Guarded(const Procedure& procedure, Body&& body) -> std::invoke_result_t<Bo
     using Result = std::invoke_result_t<Body&>;
     try {
         return body();
+    } catch (const runtime::RunStopped&) {
+        throw;
     } catch (...) {
         HandleCurrentFailure(procedure);
         if constexpr (!std::is_void_v<Result>) return Result{};
@@ -86,6 +100,8 @@ auto WithHandler(Body&& body, OnFailure&& onFailure) -> std::invoke_result_t<Bod
     using Result = std::invoke_result_t<Body&>;
     try {
         return body();
+    } catch (const runtime::RunStopped&) {
+        throw;
     } catch (...) {
         onFailure(runtime::CurrentFailure());
         if constexpr (!std::is_void_v<Result>) return Result{};

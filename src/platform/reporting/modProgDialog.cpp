@@ -23,6 +23,8 @@ void RunResumingAfterTypeMismatch(const std::vector<Statement>& statements) {
     for (const Statement& statement : statements) {
         try {
             statement();
+        } catch (const runtime::RunStopped&) {
+            throw;
         } catch (...) {
             const runtime::Failure failure = runtime::CurrentFailure();
             ui::Services().MsgBox(std::to_string(failure.number));
