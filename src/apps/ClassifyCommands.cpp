@@ -268,6 +268,12 @@ int RunClassify(const Arguments& arguments) {
         std::vector<ZoneSummary> summaries;
         for (const ClassifyRoute& each : routes) {
             run.CheckInput(each.input);
+            // Refused before the run rather than at its Finish.
+            const std::string zones = each.workDir + "/" + each.output;
+            if (RasterExists(zones)) {
+                run.Fail(zones + ": a grid of that name exists already; give another --name or "
+                                 "--workdir");
+            }
             if (!RunClassifyRoute(each, [&](RouteStage) { run.NextStage(); })) {
                 return false;
             }

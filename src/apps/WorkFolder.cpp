@@ -83,9 +83,14 @@ bool RollBackTo(const fs::path& folder, const fs::path& note,
     }
     for (const std::string& file : before.files) {
         const fs::path path = folder / file;
-        if (fs::exists(fs::symlink_status(path, error))) continue;
+        const fs::path kept = note / "kept" / file;
+        if (!fs::exists(kept, error)) continue;  // it could not be kept
+        // A file of that name written by the run stands in for the one kept.
+        if (fs::exists(fs::symlink_status(path, error))) {
+            if (fs::equivalent(path, kept, error) || !fs::remove(path, error)) continue;
+        }
         fs::create_directories(path.parent_path(), error);
-        fs::create_hard_link(note / "kept" / file, path, error);
+        fs::create_hard_link(kept, path, error);
         if (error) whole = false;
     }
     // Deepest first, so that a folder's sub-folders go before it.
