@@ -192,8 +192,9 @@ int RunCalc(const Arguments& arguments) {
         raster::RasterMapAlgebraOp op;
         op.OutWorkspace(nuWS_PathOpenIRasterWorkspace(folder));
         for (const auto& [bound, path] : bindings) op.BindRaster(OpenInput(run, path), bound);
+        const raster::RasterPtr result = op.Execute(arguments.positional[0]);
         run.NextStage();
-        return Save(op.Execute(arguments.positional[0]), folder, name);
+        return Save(result, folder, name);
     });
 }
 

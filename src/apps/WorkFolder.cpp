@@ -4,7 +4,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
+#include <functional>
 #include <fstream>
 #include <optional>
 #include <set>
