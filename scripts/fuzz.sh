@@ -24,7 +24,7 @@ CC=clang CXX=clang++ cmake -S . -B build-fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWit
     -DHALVANE_SANITIZE=ON -DHALVANE_FUZZ=ON -DHALVANE_BUILD_TESTS=OFF >/dev/null
 harnesses=(map_algebra dictionary)
 [ -n "$only" ] && harnesses=("$only")
-cmake --build build-fuzz --target "${harnesses[@]/#/fuzz_}"
+cmake --build build-fuzz --target "${harnesses[@]/#/fuzz_}" -- -k 0
 
 mkdir -p build-fuzz/findings
 for harness in "${harnesses[@]}"; do
