@@ -88,25 +88,26 @@ int RunStandardize(const Arguments& arguments) {
     const bool broad = IsBroad(arguments);
     const std::string name = arguments.Optional("--name");
     const Places places = PlacesOf(arguments);
-    return RunReported(arguments, {"standardize", places.workDir, {"Standardized BPI"}},
-                       [&](CommandRun& run) {
-        run.CheckInput(places.input);
-        run.NextStage();
-        raster::RasterDatasetPtr& bpi = broad ? g_p_SS_BPI_RasterDataset : g_p_LS_BPI_RasterDataset;
-        bpi = StartSession(places, broad ? g_s_SS_BPI_InputDataPath : g_s_LS_BPI_InputDataPath,
-                           broad ? g_s_SS_BPI_InputDataSet : g_s_LS_BPI_InputDataSet);
-        if (!bpi) return false;
-        double& mean = broad ? g_d_SS_BPI_Mean : g_d_LS_BPI_Mean;
-        double& deviation = broad ? g_d_SS_BPI_StdDev : g_d_LS_BPI_StdDev;
-        calcRasterStats(bpi->CreateDefaultRaster(), broad ? "Small" : "Large");
-        std::cout << "mean " << runtime::CStr(mean) << ", standard deviation "
-                  << runtime::CStr(deviation) << "\n";
-        std::string& output = broad ? g_s_Save_SmScale_Std_Grid : g_s_Save_LgScale_Std_Grid;
-        output = name;
-        BPI_Standardize(bpi->CreateDefaultRaster(), mean, deviation, output,
-                        broad ? "BroadBPI" : "FineBPI", 0);
-        return Stored(broad ? g_p_SmScale_Std_RasterDataset : g_p_LgScale_Std_RasterDataset);
-    });
+    return RunReported(
+        arguments, {"standardize", places.workDir, {"Standardized BPI"}}, [&](CommandRun& run) {
+            run.CheckInput(places.input);
+            run.NextStage();
+            raster::RasterDatasetPtr& bpi =
+                broad ? g_p_SS_BPI_RasterDataset : g_p_LS_BPI_RasterDataset;
+            bpi = StartSession(places, broad ? g_s_SS_BPI_InputDataPath : g_s_LS_BPI_InputDataPath,
+                               broad ? g_s_SS_BPI_InputDataSet : g_s_LS_BPI_InputDataSet);
+            if (!bpi) return false;
+            double& mean = broad ? g_d_SS_BPI_Mean : g_d_LS_BPI_Mean;
+            double& deviation = broad ? g_d_SS_BPI_StdDev : g_d_LS_BPI_StdDev;
+            calcRasterStats(bpi->CreateDefaultRaster(), broad ? "Small" : "Large");
+            std::cout << "mean " << runtime::CStr(mean) << ", standard deviation "
+                      << runtime::CStr(deviation) << "\n";
+            std::string& output = broad ? g_s_Save_SmScale_Std_Grid : g_s_Save_LgScale_Std_Grid;
+            output = name;
+            BPI_Standardize(bpi->CreateDefaultRaster(), mean, deviation, output,
+                            broad ? "BroadBPI" : "FineBPI", 0);
+            return Stored(broad ? g_p_SmScale_Std_RasterDataset : g_p_LgScale_Std_RasterDataset);
+        });
 }
 
 int RunResample(const Arguments& arguments) {
@@ -126,11 +127,11 @@ int RunResample(const Arguments& arguments) {
 }
 
 raster::RasterDatasetPtr RugosityOf(const std::string& workDir, const std::string& input,
-                                   const std::string& name) {
+                                    const std::string& name) {
     const std::string full = std::filesystem::absolute(input).string();
-    g_p_Rugosity_RasterDataset = StartSession({workDir, PathOfRaster(full), NameOfRaster(full), full},
-                                              g_s_Rugosity_InputDataPath,
-                                              g_s_Rugosity_InputDataSet);
+    g_p_Rugosity_RasterDataset =
+        StartSession({workDir, PathOfRaster(full), NameOfRaster(full), full},
+                     g_s_Rugosity_InputDataPath, g_s_Rugosity_InputDataSet);
     if (!g_p_Rugosity_RasterDataset) return nullptr;
     g_s_SaveRugosity_OutputData = name;
     BuildRugosity();
@@ -140,8 +141,7 @@ raster::RasterDatasetPtr RugosityOf(const std::string& workDir, const std::strin
 int RunRugosity(const Arguments& arguments) {
     const std::string name = arguments.Required("--name");
     const Places places = PlacesOf(arguments);
-    return RunReported(arguments, {"rugosity", places.workDir, {"Rugosity"}},
-                       [&](CommandRun& run) {
+    return RunReported(arguments, {"rugosity", places.workDir, {"Rugosity"}}, [&](CommandRun& run) {
         run.CheckInput(places.input);
         run.NextStage();
         return Stored(RugosityOf(places.workDir, arguments.positional[0], name));

@@ -1,9 +1,9 @@
 #include "apps/ClassifyCommands.h"
 
 #include <filesystem>
-#include <set>
 #include <iomanip>
 #include <iostream>
+#include <set>
 #include <sstream>
 
 #include "apps/RasterCommands.h"
@@ -11,8 +11,8 @@
 #include "engine/Analysis.h"
 #include "engine/RasterAccess.h"
 #include "engine/Session.h"
-#include "platform/reporting/modProgDialog.h"
 #include "platform/raster/Storage.h"
+#include "platform/reporting/modProgDialog.h"
 #include "platform/runtime/Failure.h"
 #include "platform/runtime/Text.h"
 
@@ -82,25 +82,26 @@ void PrintZones(std::ostream& stream, const std::vector<ZoneSummary>& summaries,
                     std::string zone = row.zone;
                     if (zone.find_first_of(",\"") != std::string::npos) {
                         std::string quoted = "\"";
-                        for (char c : zone) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
+                        for (char c : zone)
+                            quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
                         zone = quoted + "\"";
                     }
-                    out << summary.input << "," << row.value << "," << zone << "," << row.cells << ","
-                        << std::fixed << std::setprecision(2) << share(row.cells, total) << ","
-                        << std::setprecision(3) << area(row.cells) << "\n";
+                    out << summary.input << "," << row.value << "," << zone << "," << row.cells
+                        << "," << std::fixed << std::setprecision(2) << share(row.cells, total)
+                        << "," << std::setprecision(3) << area(row.cells) << "\n";
                 }
                 break;
             case TableFormat::Json:
                 out << separator << "{\"input\": " << runtime::JsonString(summary.input)
-                    << ", \"grid\": " << runtime::JsonString(summary.path) << ", \"cells\": " << total
-                    << ", \"zones\": [";
+                    << ", \"grid\": " << runtime::JsonString(summary.path)
+                    << ", \"cells\": " << total << ", \"zones\": [";
                 for (std::size_t i = 0; i < summary.zones.size(); ++i) {
                     const ZoneSummary::Row& row = summary.zones[i];
                     out << (i ? ", " : "") << "{\"class\": " << row.value
-                        << ", \"zone\": " << runtime::JsonString(row.zone) << ", \"cells\": " << row.cells
-                        << std::fixed << std::setprecision(2) << ", \"share_percent\": "
-                        << share(row.cells, total) << std::setprecision(3) << ", \"area_km2\": "
-                        << area(row.cells) << "}";
+                        << ", \"zone\": " << runtime::JsonString(row.zone)
+                        << ", \"cells\": " << row.cells << std::fixed << std::setprecision(2)
+                        << ", \"share_percent\": " << share(row.cells, total)
+                        << std::setprecision(3) << ", \"area_km2\": " << area(row.cells) << "}";
                 }
                 out << "]}";
                 separator = ", ";
@@ -115,10 +116,14 @@ void PrintZones(std::ostream& stream, const std::vector<ZoneSummary>& summaries,
                         << std::setprecision(3) << std::setw(12) << area(cells) << "\n";
                 };
                 if (separator[0] == '\0') {
-                    if (several) out << std::left << std::setw(16) << "input" << "  ";
-                    out << std::right << std::setw(5) << "class" << "  " << std::left
-                        << std::setw(28) << "zone" << std::right << std::setw(10) << "cells"
-                        << std::setw(10) << "share %" << std::setw(12) << "area km2" << "\n";
+                    if (several)
+                        out << std::left << std::setw(16) << "input"
+                            << "  ";
+                    out << std::right << std::setw(5) << "class"
+                        << "  " << std::left << std::setw(28) << "zone" << std::right
+                        << std::setw(10) << "cells" << std::setw(10) << "share %" << std::setw(12)
+                        << "area km2"
+                        << "\n";
                     separator = " ";
                 }
                 for (const ZoneSummary::Row& row : summary.zones) {
@@ -259,7 +264,8 @@ int RunClassify(const Arguments& arguments) {
     std::vector<std::string> stages;
     for (const ClassifyRoute& each : routes) {
         for (std::string name : RouteStageNames(each)) {
-            if (routes.size() > 1) name = std::filesystem::path(each.input).stem().string() + ": " + name;
+            if (routes.size() > 1)
+                name = std::filesystem::path(each.input).stem().string() + ": " + name;
             stages.push_back(name);
         }
     }
@@ -271,8 +277,9 @@ int RunClassify(const Arguments& arguments) {
             // Refused before the run rather than at its Finish.
             const std::string zones = each.workDir + "/" + each.output;
             if (RasterExists(zones)) {
-                run.Fail(zones + ": a grid of that name exists already; give another --name or "
-                                 "--workdir");
+                run.Fail(zones +
+                         ": a grid of that name exists already; give another --name or "
+                         "--workdir");
             }
             if (!RunClassifyRoute(each, [&](RouteStage) { run.NextStage(); })) {
                 return false;

@@ -2,9 +2,9 @@
 // Commands over the classification: the wizard's whole route from a
 // bathymetric grid to the zone grid, and a dictionary printed as a table.
 
+#include <cstdint>
 #include <functional>
 #include <ostream>
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -19,7 +19,7 @@ int RunDictionary(const Arguments& arguments);
 // What the wizard's pages would be given on the way to a zone grid. Radii are
 // in cells and kept as typed: they go into the expressions as text.
 struct ClassifyRoute {
-    std::string input;       // an absolute path
+    std::string input;  // an absolute path
     std::string workDir;
     std::string dictionary;  // an absolute path
     std::string output = "ZONES";

@@ -16,9 +16,9 @@
 #include "engine/RasterAccess.h"
 #include "engine/ResultLayers.h"
 #include "engine/Session.h"
-#include "platform/reporting/HTMLHelp.h"
 #include "platform/map/view/Picture.h"
 #include "platform/raster/Storage.h"
+#include "platform/reporting/HTMLHelp.h"
 #include "platform/runtime/Text.h"
 
 namespace halvane::apps {
@@ -110,11 +110,12 @@ int RunDemo(const Arguments& arguments) {
         const raster::RasterPtr input = inputDataset->CreateDefaultRaster();
         const raster::Grid& grid = input->GetGrid();
         const raster::RasterStatistics& depths = input->Item(0)->Statistics();
-        if (!arguments.Has("--quiet")) err << "Classifying " << route.input << "\n  " << grid.cols << " x " << grid.rows
-                  << " cells of " << runtime::CStr(grid.cellX) << " m, depths "
-                  << Metres(depths.Minimum) << " to " << Metres(depths.Maximum)
-                  << " m\n  with the dictionary " << route.dictionary << "\n  into "
-                  << route.workDir << "\n\n";
+        if (!arguments.Has("--quiet"))
+            err << "Classifying " << route.input << "\n  " << grid.cols << " x " << grid.rows
+                << " cells of " << runtime::CStr(grid.cellX) << " m, depths "
+                << Metres(depths.Minimum) << " to " << Metres(depths.Maximum)
+                << " m\n  with the dictionary " << route.dictionary << "\n  into " << route.workDir
+                << "\n\n";
 
         const bool classified = RunClassifyRoute(route, [&](RouteStage) { run.NextStage(); });
         if (!classified) return false;
@@ -142,7 +143,8 @@ int RunDemo(const Arguments& arguments) {
             .units = "Depth (m)",
             .hillshade = true};
         if (!Save(run, map::view::ComposePicture(*zoneLayer, zonesView), zonesPng) ||
-            !Save(run, map::view::ComposePicture(*LayerOf(inputDataset), depthView), bathymetryPng)) {
+            !Save(run, map::view::ComposePicture(*LayerOf(inputDataset), depthView),
+                  bathymetryPng)) {
             return false;
         }
         g_dict_Zones = labels;

@@ -1,5 +1,8 @@
 #include "apps/RasterCommands.h"
 
+#include <signal.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
@@ -7,15 +10,12 @@
 #include <optional>
 #include <sstream>
 
-#include <signal.h>
-#include <unistd.h>
-
 #include "apps/WorkFolder.h"
 #include "engine/RasterAccess.h"
-#include "platform/runtime/Text.h"
 #include "platform/reporting/ErrorHandling.h"
 #include "platform/reporting/modProgDialog.h"
 #include "platform/runtime/Convert.h"
+#include "platform/runtime/Text.h"
 
 namespace halvane::apps {
 namespace {
@@ -100,7 +100,8 @@ public:
     StopSignals& operator=(const StopSignals&) = delete;
 
 private:
-    struct sigaction interrupt_ {}, terminate_ {};
+    struct sigaction interrupt_ {
+    }, terminate_{};
 };
 
 const char* SignalName(int signal) {
@@ -134,8 +135,8 @@ int RunReported(const Arguments& arguments, const RunPlan& plan,
     std::streambuf* const standardOut = std::cout.rdbuf(results.rdbuf());
     try {
         if (!plan.workFolder.empty()) folder.emplace(plan.workFolder);
-        succeeded = Guarded({"halvane", plan.command.c_str(), kTopLevel},
-                            [&] { return body(run); });
+        succeeded =
+            Guarded({"halvane", plan.command.c_str(), kTopLevel}, [&] { return body(run); });
         reporting::ThrowIfStopped();
         if (succeeded) {
             bars.End();
@@ -205,8 +206,7 @@ int RunSlope(const Arguments& arguments) {
     return RunReported(arguments, {"slope", folder, {"Slope in degrees"}}, [&](CommandRun& run) {
         const raster::RasterPtr input = OpenInput(run, arguments.positional[0]);
         run.NextStage();
-        return Save(raster::RasterSurfaceOp().Slope(input, 1), folder,
-                    name);
+        return Save(raster::RasterSurfaceOp().Slope(input, 1), folder, name);
     });
 }
 
@@ -263,7 +263,8 @@ int RunInfo(const Arguments& arguments) {
                 out << "[";
                 const char* separator = "";
                 for (const raster::AttributeRow& row : band->AttributeTable()) {
-                    out << separator << "[" << row.Value << ", " << runtime::JsonString(row.Class_Name) << "]";
+                    out << separator << "[" << row.Value << ", "
+                        << runtime::JsonString(row.Class_Name) << "]";
                     separator = ", ";
                 }
                 out << "]";

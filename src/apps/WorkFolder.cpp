@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
-#include <functional>
 #include <fstream>
+#include <functional>
 #include <optional>
 #include <set>
 #include <vector>

@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/reporting/ErrorHandling.h"
 #include "platform/map/Fwd.h"
+#include "platform/reporting/ErrorHandling.h"
 #include "platform/runtime/Failure.h"
 
 class QAbstractButton;

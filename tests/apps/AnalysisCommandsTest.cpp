@@ -7,9 +7,9 @@
 #include <filesystem>
 
 #include "apps/CommandLine.h"
-#include "support/Halvane.h"
 #include "platform/runtime/Convert.h"
 #include "support/GridFiles.h"
+#include "support/Halvane.h"
 
 namespace halvane::apps {
 namespace {

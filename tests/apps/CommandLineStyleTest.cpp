@@ -76,21 +76,26 @@ TEST_F(CommandLineStyleTest, ErrorsAreOneLineNamingWhatAndWhy) {
         int status;
         std::string line;
     } cases[] = {
-        {{"slope", "--workdir", work_, "--name", "s", missing}, 1,
+        {{"slope", "--workdir", work_, "--name", "s", missing},
+         1,
          "halvane slope: " + missing + ": no such file or folder"},
-        {{"rugosity", "--workdir", work_, "--name", "r", empty}, 1,
+        {{"rugosity", "--workdir", work_, "--name", "r", empty},
+         1,
          "halvane rugosity: " + empty + ": the file is empty, not a grid"},
-        {{"classify", "--workdir", work_, text}, 1,
+        {{"classify", "--workdir", work_, text},
+         1,
          "halvane classify: " + text + ": not a raster that GDAL can read"},
         {{"calc", "--workdir", work_, "--name", "c", "--bind", "a=" + input_,
           "Focalmean([a], annulus, 5, 1)"},
          1,
          "halvane calc: Map algebra: Focalmean needs 0 <= inner radius < outer radius, not 5 "
          "and 1"},
-        {{"classify", "--workdir", work_, "--broad", "5,1", input_}, 2,
+        {{"classify", "--workdir", work_, "--broad", "5,1", input_},
+         2,
          "halvane classify: --broad 5,1: the inner radius must be at least 0 and less than the "
          "outer (see halvane classify --help)"},
-        {{"bpi", "--workdir", work_, "--inner", "one", "--outer", "3", input_}, 2,
+        {{"bpi", "--workdir", work_, "--inner", "one", "--outer", "3", input_},
+         2,
          "halvane bpi: --inner one --outer 3: the radii are numbers of cells (see halvane bpi "
          "--help)"},
         {{"resample", "--workdir", work_, "--name", "r", "--cell-size", "20", "--method", "Spline",
@@ -108,7 +113,8 @@ TEST_F(CommandLineStyleTest, ErrorsAreOneLineNamingWhatAndWhy) {
         EXPECT_FALSE(fs::exists(work_)) << c.line;
     }
     // With --trace the full report and its call chain come first.
-    const Outcome traced = Halvane({"slope", "--trace", "--workdir", work_, "--name", "s", input_ + "x"});
+    const Outcome traced =
+        Halvane({"slope", "--trace", "--workdir", work_, "--name", "s", input_ + "x"});
     EXPECT_EQ(traced.status, 1);
     EXPECT_EQ(Lines(traced.err).back(), "halvane slope: " + input_ + "x: no such file or folder");
 }
@@ -134,7 +140,8 @@ TEST_F(CommandLineStyleTest, ProgressIsOneLinePerStageAndNothingOfTheDesktop) {
     EXPECT_EQ(quiet.status, 0);
     EXPECT_EQ(quiet.err, "");
     EXPECT_EQ(quiet.out, work_ + "/s.tif\n");
-    const Outcome one = Halvane({"bpi", "--workdir", work_, "--inner", "1", "--outer", "2", input_});
+    const Outcome one =
+        Halvane({"bpi", "--workdir", work_, "--inner", "1", "--outer", "2", input_});
     EXPECT_EQ(one.err.rfind("1/1 BPI, ring of 1 to 2 cells: 0...10...", 0), 0u) << one.err;
     EXPECT_EQ(Lines(one.err).size(), 1u);
 }
@@ -143,8 +150,8 @@ TEST_F(CommandLineStyleTest, FailedRunLeavesTheFolderAsItFoundIt) {
     // A folder with a slope the run would replace, and a grid tmpFineBPI,
     // which the fine-scale stage refuses to write over: the run fails half-way.
     ASSERT_EQ(Halvane({"slope", "--workdir", work_, "--name", "SLOPE", input_}).status, 0);
-    ASSERT_EQ(Halvane({"calc", "--workdir", work_, "--name", "tmpFineBPI", "--bind",
-                       "a=" + input_, "int([a] * 0)"})
+    ASSERT_EQ(Halvane({"calc", "--workdir", work_, "--name", "tmpFineBPI", "--bind", "a=" + input_,
+                       "int([a] * 0)"})
                   .status,
               0);
     const auto before = Contents(work_);
@@ -204,8 +211,7 @@ TEST_F(CommandLineStyleTest, OptionsHelpAndTableFormats) {
             EXPECT_NE(help.out.find("  " + option + " "), std::string::npos)
                 << command.name << " " << option;
         }
-        EXPECT_NE(help.out.find("Example: halvane " + std::string(command.name)),
-                  std::string::npos)
+        EXPECT_NE(help.out.find("Example: halvane " + std::string(command.name)), std::string::npos)
             << command.name;
     }
     const std::string classifyHelp = Halvane({"classify", "--help"}).out;
@@ -224,12 +230,13 @@ TEST_F(CommandLineStyleTest, OptionsHelpAndTableFormats) {
     const std::vector<std::string> lines = Lines(text.out);
     ASSERT_GE(lines.size(), 3u);
     EXPECT_EQ(lines[2].rfind("input", 0), 0u) << text.out;
-    EXPECT_EQ(std::ranges::count_if(lines, [](const std::string& l) {
-                  return l.find("all zones") != std::string::npos;
-              }),
-              2);
+    EXPECT_EQ(
+        std::ranges::count_if(
+            lines, [](const std::string& l) { return l.find("all zones") != std::string::npos; }),
+        2);
 
-    const Outcome json = Halvane({"classify", "--format", "json", "--workdir", work_ + "/j", input_});
+    const Outcome json =
+        Halvane({"classify", "--format", "json", "--workdir", work_ + "/j", input_});
     ASSERT_EQ(json.status, 0);
     const Outcome csv = Halvane({"classify", "--format", "csv", "--workdir", work_ + "/c", input_});
     ASSERT_EQ(csv.status, 0);

@@ -1,7 +1,5 @@
 #include "platform/raster/Operators.h"
 
-#include "platform/runtime/Convert.h"
-
 #include <gdal.h>
 
 #include <algorithm>
@@ -9,6 +7,8 @@
 #include <cmath>
 #include <limits>
 #include <utility>
+
+#include "platform/runtime/Convert.h"
 
 namespace halvane::raster {
 namespace {

@@ -170,8 +170,7 @@ void StageBars::Draw() {
     out_ << line.str() << std::flush;
 }
 
-CommandLineServices::CommandLineServices(std::ostream& out, CommandLineStyle style,
-                                         StageBars& bars)
+CommandLineServices::CommandLineServices(std::ostream& out, CommandLineStyle style, StageBars& bars)
     : ConsoleServices(out, ui::QuestionPolicy::AnswerNo, style.terminal),
       out_(out),
       style_(std::move(style)),

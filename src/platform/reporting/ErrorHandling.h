@@ -76,25 +76,10 @@ FailureReporting& TopLevelReporting();
 // The handler of a protected procedure; call it inside a catch block only.
 void HandleCurrentFailure(const Procedure& procedure);
 
-// Runs `body` as the protected body of `procedure`. On failure a top-level
-// procedure reports and returns its result type's default (false, 0, "",
-// an empty reference); a pass-on procedure raises to its caller.
-template <class Body>
-auto Guarded(const Procedure& procedure, Body&& body) -> std::invoke_result_t<Body&> {
-    using Result = std::invoke_result_t<Body&>;
-    try {
-        return body();
-    } catch (const runtime::RunStopped&) {
-        throw;
-    } catch (...) {
-        HandleCurrentFailure(procedure);
-        if constexpr (!std::is_void_v<Result>) return Result{};
-    }
-}
-
 // Runs `body`; on failure calls `onFailure` with it, for the few procedures
 // that handle a failure their own way (a message of their own, or silence),
-// and returns the result type's default.
+// and returns the result type's default. A stopped run is no failure: it
+// passes through.
 template <class Body, class OnFailure>
 auto WithHandler(Body&& body, OnFailure&& onFailure) -> std::invoke_result_t<Body&> {
     using Result = std::invoke_result_t<Body&>;
@@ -106,6 +91,15 @@ auto WithHandler(Body&& body, OnFailure&& onFailure) -> std::invoke_result_t<Bod
         onFailure(runtime::CurrentFailure());
         if constexpr (!std::is_void_v<Result>) return Result{};
     }
+}
+
+// Runs `body` as the protected body of `procedure`. On failure a top-level
+// procedure reports and returns its result type's default (false, 0, "",
+// an empty reference); a pass-on procedure raises to its caller.
+template <class Body>
+auto Guarded(const Procedure& procedure, Body&& body) -> std::invoke_result_t<Body&> {
+    // Still inside the handler's catch block, where the failure is current.
+    return WithHandler(body, [&](const runtime::Failure&) { HandleCurrentFailure(procedure); });
 }
 
 }  // namespace halvane
