@@ -100,8 +100,8 @@ public:
     StopSignals& operator=(const StopSignals&) = delete;
 
 private:
-    struct sigaction interrupt_ {
-    }, terminate_{};
+    struct sigaction interrupt_ = {};
+    struct sigaction terminate_ = {};
 };
 
 const char* SignalName(int signal) {
