@@ -34,7 +34,7 @@ for harness in "${harnesses[@]}"; do
     log=build-fuzz/$harness.log
     echo "== fuzz $harness for $seconds s =="
     status=0
-    build-fuzz/fuzz/fuzz_"$harness" -max_total_time="$seconds" -max_len=4096 -timeout=20 \
+    build-fuzz/fuzz/fuzz_"$harness" -max_total_time="$seconds" -max_len=4096 -timeout=60 \
         -print_final_stats=1 -artifact_prefix=build-fuzz/findings/"$harness"- \
         "$corpus" >"$log" 2>&1 || status=$?
     grep -E 'DONE|stat::number_of_executed_units|stat::peak_rss_mb' "$log" || true
