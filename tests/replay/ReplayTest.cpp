@@ -46,6 +46,8 @@ public:
         testing::WriteGrid(Data() + "/dem.tif", tenMetres, Depths(tenMetres));
         const raster::Grid fiveMetres{500000, 6000000, 5, 5, 20, 20};
         testing::WriteGrid(Data() + "/other.tif", fiveMetres, Depths(fiveMetres));
+        // A longer name, for default grid names at the length limit.
+        testing::WriteGrid(Data() + "/survey.tif", tenMetres, Depths(tenMetres));
         const raster::Grid degrees{4.0, 52.0, 0.001, 0.001, 20, 20};
         testing::WriteGrid(Data() + "/lonlat.tif", degrees, Depths(degrees), false,
                            testing::EpsgWkt(4326));
@@ -141,7 +143,9 @@ TEST_P(ReplayScript, ShowsWhatItsSessionMustShow) {
         std::string event = Canonical(line, &kind);
         if (kinds.count(kind)) shown.push_back(std::move(event));
     }
-    EXPECT_EQ(shown, expected);
+    std::string session;
+    for (const std::string& line : outcome.lines) session += line + "\n";
+    EXPECT_EQ(shown, expected) << "The whole session:\n" << session;
 }
 
 INSTANTIATE_TEST_SUITE_P(Sessions, ReplayScript, ::testing::ValuesIn(Scripts()),

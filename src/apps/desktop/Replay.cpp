@@ -25,6 +25,8 @@
 #include "apps/desktop/MainWindow.h"
 #include "engine/Session.h"
 #include "pages/Pages.h"
+#include "platform/map/Layers.h"
+#include "platform/map/Map.h"
 #include "platform/raster/Storage.h"
 #include "platform/ui/ScriptedServices.h"
 
@@ -272,7 +274,7 @@ Action ParseLine(int number, const std::string& line) {
         if (!known) throw ScriptError{number, "unknown answer '" + rest + "'"};
     } else if (verb == "get") {
         action.target = rest;
-        if (rest != "shown" && rest != "progress" && rest != kPointer &&
+        if (rest != "shown" && rest != "progress" && rest != "map" && rest != kPointer &&
             rest.rfind("session.", 0) != 0) {
             CheckControlName(action);
         }
@@ -549,6 +551,15 @@ private:
                 .Text("name", action.target)
                 .Text("text", std::to_string(services_.MousePointer()))
                 .WriteTo(out_);
+            return;
+        }
+        if (action.target == "map") {
+            const map::MapPtr focus = window_.FocusMap();
+            std::vector<std::string> layers;
+            for (std::int32_t i = 0; focus && i < focus->LayerCount(); ++i) {
+                layers.push_back(focus->Layer(i)->Name());
+            }
+            JsonLine("value").Text("name", action.target).List("layers", layers).WriteTo(out_);
             return;
         }
         if (action.target == "progress") {
