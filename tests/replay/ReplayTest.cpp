@@ -15,6 +15,8 @@
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QStringList>
+#include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <regex>
@@ -154,6 +156,55 @@ INSTANTIATE_TEST_SUITE_P(Sessions, ReplayScript, ::testing::ValuesIn(Scripts()),
                              std::replace(name.begin(), name.end(), '-', '_');
                              return name;
                          });
+
+// Whole grids, NoData cells alike where both have none.
+bool SameCells(const std::vector<double>& a, const std::vector<double>& b) {
+    if (a.size() != b.size()) return false;
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        if (!(a[i] == b[i] || (std::isnan(a[i]) && std::isnan(b[i])))) return false;
+    }
+    return true;
+}
+
+std::vector<double> Cells(const std::string& path) {
+    return testing::ReadAll(testing::OpenRaster(path));
+}
+
+// The command line, as a user runs it; its status, or -1 if it did not end.
+int Halvane(const QStringList& arguments) {
+    QProcess cli;
+    cli.start(QStringLiteral(HALVANE_CLI), arguments);
+    if (!cli.waitForFinished(120000)) return -1;
+    return cli.exitCode();
+}
+
+// The grids that the wizard leaves are the command line's, cell for cell.
+TEST(ReplayedRun, TheWizardsGridsAreTheCommandLines) {
+    SessionFolder folder;
+    std::ifstream in(std::string(HALVANE_REPLAY_DIR) + "/wizard-to-standardization.replay");
+    std::stringstream script;
+    script << in.rdbuf();
+    const Outcome outcome = folder.Replay(folder.Expand(script.str()));
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
+
+    TempDir cli;
+    const QString work = QString::fromStdString(cli.Path().string());
+    const QString dem = QString::fromStdString(folder.Data() + "/dem.tif");
+    ASSERT_EQ(Halvane({"bpi", "--workdir", work, "--inner", "1", "--outer", "5", "--scale", "broad",
+                       "--name", "broad5", dem}),
+              0);
+    ASSERT_EQ(Halvane({"bpi", "--workdir", work, "--inner", "1", "--outer", "3", "--scale", "fine",
+                       "--name", "fine3", dem}),
+              0);
+    for (const char* grid : {"broad5", "fine3"}) {
+        SCOPED_TRACE(grid);
+        const std::vector<double> wizard = Cells(folder.Work() + "/" + grid + ".tif");
+        EXPECT_TRUE(SameCells(wizard, Cells(cli / (std::string(grid) + ".tif"))));
+        // Not a grid of nothing: the BPI of a wavy surface has both signs.
+        EXPECT_GT(*std::max_element(wizard.begin(), wizard.end()), 0);
+        EXPECT_LT(*std::min_element(wizard.begin(), wizard.end()), 0);
+    }
+}
 
 // A script that names what does not exist stops at that line, with one line
 // saying which, after what ran before it was written out.
