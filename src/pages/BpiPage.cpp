@@ -28,8 +28,10 @@ BpiPage::BpiPage(PageSlot& slot, const BpiScale& scale) : Page(slot, scale.modul
     NewBanner(QString::fromUtf8(scale.heading), QString::fromUtf8(scale.subHeading));
 
     auto* input = new QHBoxLayout;
+    input->setSpacing(8);
     lblCurrentInput = NewLabel("lblCurrentInput", QStringLiteral("Currently selected  input data set:"),
                                input);
+    lblCurrentInput->setWordWrap(false);
     lbl_InputDataSet = NewLabel("lbl_InputDataSet", {}, input);
     QFont bold = lbl_InputDataSet->font();
     bold.setBold(true);
@@ -75,9 +77,11 @@ BpiPage::BpiPage(PageSlot& slot, const BpiScale& scale) : Page(slot, scale.modul
     saveOption[1]->setChecked(true);
     nameBox = NewBox(scale.nameBox, 12);
     nameBox->setMinimumWidth(160);
+    nameBox->setMaximumWidth(240);
     auto* choices = new QGridLayout;
     choices->setHorizontalSpacing(8);
     choices->setColumnMinimumWidth(0, 16);
+    choices->setColumnMinimumWidth(1, 16);
     choices->addWidget(saveOption[0], 0, 1, 1, 2);
     choices->addWidget(saveOption[1], 1, 1, 1, 2);
     choices->addWidget(nameBox, 2, 2);

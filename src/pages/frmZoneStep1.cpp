@@ -11,7 +11,7 @@ namespace {
 const BpiScale kBroad = {
     .module = "frmZoneStep1",
     .heading = "Create Broad Scale Bathymetric Position Index (BPI) grid",
-    .subHeading = "Bathymetric Position Index, broad scale",
+    .subHeading = "Radii in cells; the scale factor is the outer radius in map units",
     .frame = "Broad scale BPI grid",
     .innerBox = "g_i_SmScaleBPI_inner_radius",
     .outerBox = "g_i_SmScaleBPI_outer_radius",

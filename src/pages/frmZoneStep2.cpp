@@ -11,7 +11,7 @@ namespace {
 const BpiScale kFine = {
     .module = "frmZoneStep2",
     .heading = "Create Fine Scale Bathymetric Position Index (BPI) grid",
-    .subHeading = "Bathymetric Position Index, fine scale",
+    .subHeading = "Radii in cells; the scale factor is the outer radius in map units",
     .frame = "Fine scale BPI grid",
     .innerBox = "g_i_LgScaleBPI_inner_radius",
     .outerBox = "g_i_LgScaleBPI_outer_radius",

@@ -119,6 +119,47 @@ TEST_F(PageLayoutTest, ResamplingPageWithItsInputGrid) {
     Photograph(frmZoneSetup_resampling);
 }
 
+TEST_F(PageLayoutTest, BpiPagesOnTheirInputGrid) {
+    testing::TempDir folder;
+    testing::WriteGrid(folder / "multibeam.tif", {500000, 6000000, 2.5, 2.5, 8, 6},
+                       std::vector<double>(48, -20.0));
+    g_s_InputDataSet = g_s_BPI_DataSet = "multibeam.tif";
+    g_s_InputDataPath = folder.Path().string();
+    StartWizard();
+    frmIntro.Hide();
+    struct Scale {
+        PageSlot& page;
+        const char *inner, *outer, *scale, *name, *run, *option;
+        const char* scaleFactor;
+    };
+    const Scale scales[] = {
+        {frmZoneStep1, "g_i_SmScaleBPI_inner_radius", "g_i_SmScaleBPI_outer_radius",
+         "lbl_SmScaleBPI_ScaleFactor", "g_s_SaveSmallScaleBPI_OutputData", "cmdSet_smallScale_BPI",
+         "optSaveSmallScaleBPI_OutputData(1)", "12"},
+        {frmZoneStep2, "g_i_LgScaleBPI_inner_radius", "g_i_LgScaleBPI_outer_radius",
+         "lbl_lgScaleBPI_ScaleFactor", "g_s_SaveLargeScaleBPI_OutputData", "cmdSet_largeScale_BPI",
+         "optSaveLargeScaleBPI_OutputData(1)", "8"},
+    };
+    for (const Scale& scale : scales) {
+        SCOPED_TRACE(scale.page.Name());
+        scale.page.Show();
+        // 5 and 3 cells of 2.5 m: 12.5 goes to the even 12, 7.5 to 8.
+        EXPECT_EQ(Text(scale.page, scale.scale), scale.scaleFactor);
+        ExpectBeside(scale.page, "lblCurrentInput", "lbl_InputDataSet");
+        ExpectBeside(scale.page, "lblRadius(0)", scale.inner);
+        ExpectBeside(scale.page, "lblRadius(1)", scale.outer);
+        ExpectBeside(scale.page, "lblRadius(2)", scale.scale);
+        EXPECT_LT(Frame(scale.page, scale.inner).bottom(), Frame(scale.page, scale.outer).top());
+        EXPECT_LT(Frame(scale.page, scale.option).bottom(), Frame(scale.page, scale.name).top());
+        EXPECT_LT(Frame(scale.page, scale.run).bottom(), Frame(scale.page, "cmdBack").top());
+        ExpectBeside(scale.page, "cmdAboutBathymPositionIndexGrids", "cmdBack");
+        ExpectBeside(scale.page, "cmdNext", "cmdCancel");
+        ExpectWholeDialog(scale.page, "cmdCancel");
+        Photograph(scale.page);
+        scale.page.Hide();
+    }
+}
+
 TEST_F(PageLayoutTest, RequiredDataDialogs) {
     g_b_StandAloneRun = true;
     g_s_WorkingDir = "/data/survey/work";
