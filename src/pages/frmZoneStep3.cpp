@@ -8,8 +8,8 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTabWidget>
-#include <QValidator>
 #include <QVBoxLayout>
+#include <QValidator>
 #include <algorithm>
 
 #include "engine/Analysis.h"
@@ -126,31 +126,31 @@ struct ScaleTabNames {
     const char* buttonCaption;
 };
 
-const ScaleTabNames kFineTab{"tabStandardizeBPIgrids(0)",
-                             "Fine Scale",
-                             "Frame1(0)",
-                             "Fine scale BPI grid statistics",
-                             {"Label1(0)", "Label2(0)", "Label3(0)", "Label4(0)"},
-                             {"lbl_LgScale_BPI_Grid(0)", "lbl_Lg_ScaleBPI_Mean(0)",
-                              "lbl_Lg_ScaleBPI_StDev(0)"},
-                             {"[lbpigrid]", "[Mean]", "[stDev]"},
-                             {"optSave_LS_StdGrid(0)", "optSave_LS_StdGrid(1)"},
-                             "g_s_Save_LgScale_Std_Grid",
-                             "cmdNext_This",
-                             "Next ->"};
+const ScaleTabNames kFineTab{
+    "tabStandardizeBPIgrids(0)",
+    "Fine Scale",
+    "Frame1(0)",
+    "Fine scale BPI grid statistics",
+    {"Label1(0)", "Label2(0)", "Label3(0)", "Label4(0)"},
+    {"lbl_LgScale_BPI_Grid(0)", "lbl_Lg_ScaleBPI_Mean(0)", "lbl_Lg_ScaleBPI_StDev(0)"},
+    {"[lbpigrid]", "[Mean]", "[stDev]"},
+    {"optSave_LS_StdGrid(0)", "optSave_LS_StdGrid(1)"},
+    "g_s_Save_LgScale_Std_Grid",
+    "cmdNext_This",
+    "Next ->"};
 
-const ScaleTabNames kBroadTab{"tabStandardizeBPIgrids(1)",
-                              "Broad Scale",
-                              "Frame1(1)",
-                              "Broad scale BPI grid statistics",
-                              {"Label1(1)", "Label2(1)", "Label3(1)", "Label4(1)"},
-                              {"lbl_SmScale_BPI_Grid(1)", "lbl_SmScale_BPIStat_Mean(1)",
-                               "lbl_SmScale_BPIStat_StDev(1)"},
-                              {"[sbpigrid]", "[Mean]", "[stdDev]"},
-                              {"optSave_SS_StdGrid(0)", "optSave_SS_StdGrid(1)"},
-                              "g_s_Save_SmScale_Std_Grid",
-                              "cmdSubmit(1)",
-                              "Submit"};
+const ScaleTabNames kBroadTab{
+    "tabStandardizeBPIgrids(1)",
+    "Broad Scale",
+    "Frame1(1)",
+    "Broad scale BPI grid statistics",
+    {"Label1(1)", "Label2(1)", "Label3(1)", "Label4(1)"},
+    {"lbl_SmScale_BPI_Grid(1)", "lbl_SmScale_BPIStat_Mean(1)", "lbl_SmScale_BPIStat_StDev(1)"},
+    {"[sbpigrid]", "[Mean]", "[stdDev]"},
+    {"optSave_SS_StdGrid(0)", "optSave_SS_StdGrid(1)"},
+    "g_s_Save_SmScale_Std_Grid",
+    "cmdSubmit(1)",
+    "Submit"};
 
 }  // namespace
 
@@ -207,8 +207,8 @@ frmZoneStep3Page::frmZoneStep3Page(PageSlot& slot) : Page(slot, kModule) {
             NewTabLabel(tab, names.captions[3], "Would you like to save the standardized grid?");
         column->addWidget(Label4[index]);
         built.options[0] = NewOption(names.options[0], QStringLiteral("No thanks."));
-        built.options[1] = NewOption(names.options[1],
-                                     QStringLiteral("Yes. Please specify output data set directory."));
+        built.options[1] = NewOption(
+            names.options[1], QStringLiteral("Yes. Please specify output data set directory."));
         built.options[1]->setChecked(true);
         built.box = NewBox(names.box);
         new TypedLengthLimit(*built.box, kLongestTypedName);
@@ -224,8 +224,7 @@ frmZoneStep3Page::frmZoneStep3Page(PageSlot& slot) : Page(slot, kModule) {
 
         auto* runRow = new QHBoxLayout;
         runRow->addStretch(1);
-        built.button =
-            NewButton(names.button, QString::fromLatin1(names.buttonCaption), runRow);
+        built.button = NewButton(names.button, QString::fromLatin1(names.buttonCaption), runRow);
         column->addLayout(runRow);
         tabStandardizeBPIgrids->addTab(tab, QString::fromLatin1(names.caption));
         return built;
@@ -254,12 +253,10 @@ frmZoneStep3Page::frmZoneStep3Page(PageSlot& slot) : Page(slot, kModule) {
     cmdNext->setEnabled(false);
     resize(560, 500);
 
-    OnChange(g_s_Save_LgScale_Std_Grid, "g_s_Save_LgScale_Std_Grid_Change", kPassOn, [this] {
-        halvane::g_s_Save_LgScale_Std_Grid = TextOf(g_s_Save_LgScale_Std_Grid);
-    });
-    OnChange(g_s_Save_SmScale_Std_Grid, "g_s_Save_SmScale_Std_Grid_Change", kPassOn, [this] {
-        halvane::g_s_Save_SmScale_Std_Grid = TextOf(g_s_Save_SmScale_Std_Grid);
-    });
+    OnChange(g_s_Save_LgScale_Std_Grid, "g_s_Save_LgScale_Std_Grid_Change", kPassOn,
+             [this] { halvane::g_s_Save_LgScale_Std_Grid = TextOf(g_s_Save_LgScale_Std_Grid); });
+    OnChange(g_s_Save_SmScale_Std_Grid, "g_s_Save_SmScale_Std_Grid_Change", kPassOn,
+             [this] { halvane::g_s_Save_SmScale_Std_Grid = TextOf(g_s_Save_SmScale_Std_Grid); });
 
     // "No thanks." leaves the run a temporary name, in lower case here and
     // in the engine's spelling when the checks look for it: one grid on a
@@ -348,9 +345,10 @@ void frmZoneStep3Page::cmdNext_This_Click() {
             check = false;
         }
     } else if (RasterExists(folder + "/tmpFinestd")) {
-        Stop("'tmpFinestd' already exists in the working directory. Please try using a different "
-             "name.",
-             kExistsTitle);
+        Stop(
+            "'tmpFinestd' already exists in the working directory. Please try using a different "
+            "name.",
+            kExistsTitle);
         check = false;
     } else if (HasBlank(folder)) {
         Stop(BlankFolderMessage(folder), kExistsTitle);
@@ -374,15 +372,17 @@ bool frmZoneStep3Page::SubmitChecksPass() {
         return false;
     }
     if (g_s_Save_SmScale_Std_Grid->text().size() >= 13) {
-        Stop("Output grid names must be 12 characters or less. Please rename your Fine Scale "
-             "Standardized output data set.",
-             kTooLongTitle);
+        Stop(
+            "Output grid names must be 12 characters or less. Please rename your Fine Scale "
+            "Standardized output data set.",
+            kTooLongTitle);
         return false;
     }
     if (g_s_Save_LgScale_Std_Grid->text().size() >= 13) {
-        Stop("Output grid names must be 12 characters or less. Please rename your Broad Scale "
-             "Standardized output data set.",
-             kTooLongTitle);
+        Stop(
+            "Output grid names must be 12 characters or less. Please rename your Broad Scale "
+            "Standardized output data set.",
+            kTooLongTitle);
         return false;
     }
 
@@ -406,15 +406,17 @@ bool frmZoneStep3Page::SubmitChecksPass() {
     }
     // A name typed on the broad tab goes untested here.
     if (RasterExists(folder + "/tmpFinestd")) {
-        Stop("'tmpFinestd' already exists in the working directory. Please try using a different  "
-             "working directory.",
-             kExistsTitle);
+        Stop(
+            "'tmpFinestd' already exists in the working directory. Please try using a different  "
+            "working directory.",
+            kExistsTitle);
     } else if (HasBlank(folder)) {
         Stop(BlankFolderMessage(folder), kExistsTitle);
     } else if (RasterExists(folder + "/tmpBroadstd")) {
-        Stop("'tmpBroadstd' already exists in the working directory. Please try using a different "
-             "working directory.",
-             kExistsTitle);
+        Stop(
+            "'tmpBroadstd' already exists in the working directory. Please try using a different "
+            "working directory.",
+            kExistsTitle);
     } else {
         return true;
     }
