@@ -251,7 +251,7 @@ frmZoneStep3Page::frmZoneStep3Page(PageSlot& slot) : Page(slot, kModule) {
                       QStringLiteral("More about BPI grid standardization..."), "bpistd.htm");
     NewButtonRow();
     cmdNext->setEnabled(false);
-    resize(560, 500);
+    resize(640, 520);
 
     OnChange(g_s_Save_LgScale_Std_Grid, "g_s_Save_LgScale_Std_Grid_Change", kPassOn,
              [this] { halvane::g_s_Save_LgScale_Std_Grid = TextOf(g_s_Save_LgScale_Std_Grid); });
