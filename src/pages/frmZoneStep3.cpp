@@ -470,6 +470,8 @@ void frmZoneStep3Page::cmdSubmit_Click() {
     standardizeBoth();
 
     CloseProgress();
+    // After a cancel in the wizard it is the broad-scale page that is
+    // repainted, as on the BPI pages; that makes it if it isn't loaded.
     if (!g_b_StandAloneRun && !g_b_Continue) frmZoneStep1->update();
 }
 
