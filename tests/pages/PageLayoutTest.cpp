@@ -200,5 +200,84 @@ TEST_F(PageLayoutTest, RequiredDataDialogs) {
     }
 }
 
+TEST_F(PageLayoutTest, StandardizationPageOnBothTabs) {
+    testing::TempDir folder;
+    const raster::Grid grid{500000, 6000000, 10, 10, 8, 6};
+    std::vector<double> cells(48);
+    for (std::size_t i = 0; i < cells.size(); ++i) cells[i] = static_cast<double>(i % 7) - 3;
+    for (const char* name : {"fineBPI", "broadBPI"}) {
+        testing::WriteGrid(folder / (std::string(name) + ".tif"), grid, cells, true);
+    }
+    g_s_LS_BPI_InputDataSet = "fineBPI";
+    g_p_LS_BPI_RasterDataset = raster::RasterDataset::Open(folder / "fineBPI.tif");
+    g_s_SS_BPI_InputDataSet = "broadBPI";
+    g_p_SS_BPI_RasterDataset = raster::RasterDataset::Open(folder / "broadBPI.tif");
+    g_s_WorkingDir = folder.Path().string();
+    StartWizard();
+    frmIntro.Hide();
+    frmZoneStep3.Show();
+    EXPECT_EQ(Text(frmZoneStep3, "lblHeading"), "Standardize the BPI grids");
+    QWidget* tabs = Find(frmZoneStep3, "tabStandardizeBPIgrids");
+    ASSERT_NE(tabs, nullptr);
+
+    struct Tab {
+        const char* frame;
+        const char* frameCaption;
+        std::vector<std::pair<const char*, const char*>> rows;
+        std::vector<const char*> column;  // top to bottom
+        const char* button;
+    };
+    const Tab both[] = {
+        {"Frame1(0)",
+         "Fine scale BPI grid statistics",
+         {{"Label1(0)", "lbl_LgScale_BPI_Grid(0)"},
+          {"Label2(0)", "lbl_Lg_ScaleBPI_Mean(0)"},
+          {"Label3(0)", "lbl_Lg_ScaleBPI_StDev(0)"}},
+         {"Frame1(0)", "Label4(0)", "optSave_LS_StdGrid(0)", "optSave_LS_StdGrid(1)",
+          "g_s_Save_LgScale_Std_Grid", "cmdNext_This"},
+         "cmdNext_This"},
+        {"Frame1(1)",
+         "Broad scale BPI grid statistics",
+         {{"Label1(1)", "lbl_SmScale_BPI_Grid(1)"},
+          {"Label2(1)", "lbl_SmScale_BPIStat_Mean(1)"},
+          {"Label3(1)", "lbl_SmScale_BPIStat_StDev(1)"}},
+         {"Frame1(1)", "Label4(1)", "optSave_SS_StdGrid(0)", "optSave_SS_StdGrid(1)",
+          "g_s_Save_SmScale_Std_Grid", "cmdSubmit(1)"},
+         "cmdSubmit(1)"},
+    };
+    for (int index = 0; index < 2; ++index) {
+        const Tab& tab = both[index];
+        SCOPED_TRACE(tab.frameCaption);
+        tabs->setProperty("currentIndex", index);
+        QCoreApplication::sendPostedEvents();
+        EXPECT_EQ(Find(frmZoneStep3, tab.frame)->property("title").toString().toStdString(),
+                  tab.frameCaption);
+        // The statistics sit in their frame, each value beside its caption.
+        const QRect frame = Frame(frmZoneStep3, tab.frame);
+        for (const auto& [caption, value] : tab.rows) {
+            ExpectBeside(frmZoneStep3, caption, value);
+            EXPECT_TRUE(frame.contains(Frame(frmZoneStep3, value))) << value;
+        }
+        for (std::size_t i = 1; i < tab.column.size(); ++i) {
+            EXPECT_LE(Frame(frmZoneStep3, tab.column[i - 1]).bottom(),
+                      Frame(frmZoneStep3, tab.column[i]).top())
+                << tab.column[i - 1] << " above " << tab.column[i];
+        }
+        // The tab's own button in its bottom right corner.
+        const QRect inside(tabs->mapTo(&frmZoneStep3.Get(), QPoint(0, 0)), tabs->size());
+        const QRect button = Frame(frmZoneStep3, tab.button);
+        EXPECT_LT(inside.right() - button.right(), 24);
+        EXPECT_LT(inside.bottom() - button.bottom(), 24);
+        ExpectWholeDialog(frmZoneStep3, "cmdCancel");
+        QWidget& window = frmZoneStep3.Get();
+        testing::SaveScreenshot(
+            testing::WithTitleBar(window.grab().toImage(), window.windowTitle()),
+            index == 0 ? "frmZoneStep3" : "frmZoneStep3-broad");
+    }
+    ExpectBeside(frmZoneStep3, "cmdAboutBPIGridStandardization", "cmdBack");
+    ExpectBeside(frmZoneStep3, "cmdBack", "cmdNext");
+    ExpectBeside(frmZoneStep3, "cmdNext", "cmdCancel");
+}
+
 }  // namespace
 }  // namespace halvane
