@@ -196,11 +196,15 @@ TEST(ReplayedRun, TheWizardsGridsAreTheCommandLines) {
     ASSERT_EQ(Halvane({"bpi", "--workdir", work, "--inner", "1", "--outer", "3", "--scale", "fine",
                        "--name", "fine3", dem}),
               0);
-    for (const char* grid : {"broad5", "fine3"}) {
+    for (const char* scale : {"broad5", "fine3"}) {
+        const QString bpi = QString::fromStdString(cli / (std::string(scale) + ".tif"));
+        ASSERT_EQ(Halvane({"standardize", "--workdir", work, "--name", QString(scale) + "std", bpi}), 0);
+    }
+    for (const char* grid : {"broad5", "fine3", "broad5std", "fine3std"}) {
         SCOPED_TRACE(grid);
         const std::vector<double> wizard = Cells(folder.Work() + "/" + grid + ".tif");
         EXPECT_TRUE(SameCells(wizard, Cells(cli / (std::string(grid) + ".tif"))));
-        // Not a grid of nothing: the BPI of a wavy surface has both signs.
+        // Not a grid of nothing: the BPI of a wavy surface, and its z-scores, have both signs.
         EXPECT_GT(*std::max_element(wizard.begin(), wizard.end()), 0);
         EXPECT_LT(*std::min_element(wizard.begin(), wizard.end()), 0);
     }
