@@ -368,6 +368,25 @@ copy_peer() { gdal_translate -q $(co_flags) "$grid" "$1/copy.tif"; }
 export -f copy_ours copy_peer
 pair copy "plain read and write (gdal_translate)" "-" gdal_translate
 
+# The cost of cloud-optimized files: the same grid written as a COG with
+# overviews (--layout cog) against the plain tiled file of one pass (the
+# default), for a floating grid (the copy) and an integer one (the classes).
+overviews_ours() { "$HALVANE" calc --workdir "$1" --name copy --layout cog \
+    --bind "inRaster=$grid" '[inRaster]'; }
+overviews_peer() { "$HALVANE" calc --workdir "$1" --name copy --bind "inRaster=$grid" '[inRaster]'; }
+export -f overviews_ours overviews_peer
+pair overviews "ours: COG with overviews / plain, floating" 1.3 "$HALVANE"
+if wanted overviews && [ -n "${inputs:-}" ]; then
+    zoverviews_ours() { "$HALVANE" calc --workdir "$1" --name classes --layout cog \
+        --bind "inSBPI=$inputs/sbpi.tif" --bind "inLBPI=$inputs/lbpi.tif" \
+        --bind "inSlope=$inputs/slope.tif" --bind "inDepth=$grid" "$classesOurs"; }
+    zoverviews_peer() { calc "$1" classes "$classesOurs" "inSBPI=$inputs/sbpi.tif" \
+        "inLBPI=$inputs/lbpi.tif" "inSlope=$inputs/slope.tif" "inDepth=$grid"; }
+    export -f zoverviews_ours zoverviews_peer
+    only="${only:+$only,zoverviews,}"
+    pair zoverviews "ours: COG with overviews / plain, six classes" 1.3 "$HALVANE"
+fi
+
 if [ $big -eq 1 ] && [ $ours -eq 1 ]; then
     bigGrid=$(grid_of 20000)
     export bigGrid

@@ -1,12 +1,17 @@
 #include "apps/CommandLine.h"
 
 #include <algorithm>
+#include <cctype>
 #include <iostream>
+#include <set>
+#include <string_view>
 
 #include "apps/AnalysisCommands.h"
 #include "apps/ClassifyCommands.h"
 #include "apps/DemoCommands.h"
 #include "apps/RasterCommands.h"
+#include "platform/raster/Storage.h"
+#include "platform/runtime/Version.h"
 
 namespace halvane::apps {
 
@@ -149,6 +154,49 @@ const std::vector<Command>& Commands() {
 
 namespace {
 
+// The words as a shell would take them back: quoted where they hold anything
+// but plain characters.
+std::string ShellText(const std::vector<std::string>& words) {
+    std::string text;
+    for (const std::string& word : words) {
+        if (!text.empty()) text += ' ';
+        const bool plain = !word.empty() && std::ranges::all_of(word, [](unsigned char c) {
+            return std::isalnum(c) ||
+                   std::string_view("-_./=:,+@%").find(c) != std::string_view::npos;
+        });
+        if (plain) {
+            text += word;
+            continue;
+        }
+        text += '\'';
+        for (char c : word) text += c == '\'' ? std::string("'\\''") : std::string(1, c);
+        text += '\'';
+    }
+    return text;
+}
+
+// The commands that write grids take --layout: "plain" (the default) writes
+// tiled GeoTIFFs in one pass, "cog" cloud-optimized ones with overviews.
+constexpr const char* kLayoutOption = "--layout";
+constexpr const char* kLayoutHelp =
+    "\n\nGrids are written as tiled GeoTIFFs in one pass; --layout cog writes\n"
+    "cloud-optimized GeoTIFFs with internal overviews instead (a second pass).";
+
+bool WritesGrids(const Command& command) {
+    static const std::set<std::string> writers = {"calc",     "slope",    "bpi",      "standardize",
+                                                  "resample", "rugosity", "classify", "demo"};
+    return writers.count(command.name) > 0;
+}
+
+void ApplyLayout(const Arguments& arguments) {
+    if (!arguments.Has(kLayoutOption)) return;
+    const std::string layout = arguments.Required(kLayoutOption);
+    if (layout != "cog" && layout != "plain") {
+        throw UsageError{std::string(kLayoutOption) + " takes cog or plain, not '" + layout + "'"};
+    }
+    raster::Writing().cloudOptimized = layout == "cog";
+}
+
 void PrintOverview(std::ostream& out) {
     out << "Usage: halvane <command> [options]\n\nCommands:\n";
     for (const Command& command : Commands()) {
@@ -162,6 +210,19 @@ void PrintOverview(std::ostream& out) {
 
 int Main(int argc, char** argv) {
     std::vector<std::string> args(argv + 1, argv + argc);
+    if (args.size() == 1 && args[0] == "--version") {
+        std::cout << "halvane " << runtime::kVersion << "\n";
+        return 0;
+    }
+    // The grids of this run name it and take its layout; what the process
+    // writes afterwards (a test's own grids, say) does neither.
+    raster::Writer().commandLine = ShellText({argv, argv + argc});
+    struct EndOfRun {
+        ~EndOfRun() {
+            raster::Writer().commandLine.clear();
+            raster::Writing() = raster::WriteSettings{};
+        }
+    } endOfRun;
     if (args.empty() || args[0] == "--help" || args[0] == "-h" || args[0] == "help") {
         PrintOverview(args.empty() ? std::cerr : std::cout);
         return args.empty() ? 2 : 0;
@@ -173,13 +234,17 @@ int Main(int argc, char** argv) {
         PrintOverview(std::cerr);
         return 2;
     }
-    const std::string usage = std::string("Usage: halvane ") + command->name + " " + command->usage;
+    Command accepted = *command;
+    if (WritesGrids(accepted)) accepted.valueOptions.push_back(kLayoutOption);
+    const std::string usage = std::string("Usage: halvane ") + command->name + " " +
+                              command->usage + (WritesGrids(accepted) ? kLayoutHelp : "");
     try {
-        const Arguments arguments = Parse(*command, {args.begin() + 1, args.end()});
+        const Arguments arguments = Parse(accepted, {args.begin() + 1, args.end()});
         if (arguments.help) {
             std::cout << usage << "\n\n" << command->summary << "\n";
             return 0;
         }
+        ApplyLayout(arguments);
         return command->run(arguments);
     } catch (const UsageError& error) {
         std::cerr << "halvane " << command->name << ": " << error.message << "\n" << usage << "\n";

@@ -179,7 +179,7 @@ constexpr const char* kDemoGrids[] = {"ZONES", "SLOPE", "RUGOSITY"};
 }  // namespace
 
 std::string SamplePath() {
-    return ComponentFolder() + runtime::kPathSeparator + "sample" + runtime::kPathSeparator +
+    return ResourceFolder() + runtime::kPathSeparator + "sample" + runtime::kPathSeparator +
            "bathymetry.tif";
 }
 

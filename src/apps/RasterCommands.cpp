@@ -1,11 +1,14 @@
 #include "apps/RasterCommands.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
+#include <optional>
 #include <sstream>
 
 #include "engine/RasterAccess.h"
+#include "platform/runtime/Text.h"
 #include "host/ErrorHandling.h"
 #include "host/modProgDialog.h"
 #include "platform/runtime/Convert.h"
@@ -31,6 +34,18 @@ std::string Number(double value) {
     char text[40];
     std::snprintf(text, sizeof text, "%.17g", value);
     return text;
+}
+
+// The items that tell where a grid came from: the writer, the date, and ours.
+std::vector<std::pair<std::string, std::string>> Provenance(const raster::RasterDataset& dataset) {
+    std::vector<std::pair<std::string, std::string>> items;
+    for (auto& [key, value] : dataset.StoredItems()) {
+        if (key == "TIFFTAG_SOFTWARE" || key == "TIFFTAG_DATETIME" ||
+            key.rfind("HALVANE_", 0) == 0) {
+            items.emplace_back(key, value);
+        }
+    }
+    return items;
 }
 
 }  // namespace
@@ -119,6 +134,13 @@ int RunInfo(const Arguments& arguments) {
         const raster::RasterStatistics& statistics = band->Statistics();
         const std::int64_t noData = grid.Cells() - statistics.validCells;
         const bool hasValues = statistics.validCells > 0;
+        const std::string reference = raster->SpatialReferenceName();
+        const std::optional<int> epsg = raster->EpsgCode();
+        const bool named =
+            band->HasTable() && std::ranges::any_of(band->AttributeTable(), [](const auto& row) {
+                return !row.Class_Name.empty();
+            });
+        const auto provenance = Provenance(*band->RasterDataset());
         std::ostringstream out;
         if (json) {
             out << "{\"columns\": " << grid.cols << ", \"rows\": " << grid.rows
@@ -127,7 +149,14 @@ int RunInfo(const Arguments& arguments) {
                 << Number(extent.XMax) << ", " << Number(extent.YMax) << "], \"type\": \""
                 << (raster->IsInteger() ? "integer" : "floating")
                 << "\", \"projected\": " << (raster->IsProjected() ? "true" : "false")
-                << ", \"nodata_cells\": " << noData
+                << ", \"crs\": ";
+            if (reference.empty()) {
+                out << "null";
+            } else {
+                out << "{\"name\": " << runtime::JsonString(reference)
+                    << ", \"epsg\": " << (epsg ? std::to_string(*epsg) : "null") << "}";
+            }
+            out << ", \"nodata_cells\": " << noData
                 << ", \"mean\": " << (hasValues ? Number(statistics.Mean) : "null")
                 << ", \"stddev\": " << (hasValues ? Number(statistics.StandardDeviation) : "null")
                 << ", \"table\": ";
@@ -142,7 +171,25 @@ int RunInfo(const Arguments& arguments) {
             } else {
                 out << "null";
             }
-            out << "}\n";
+            out << ", \"classes\": ";
+            if (named) {
+                out << "[";
+                const char* separator = "";
+                for (const raster::AttributeRow& row : band->AttributeTable()) {
+                    out << separator << "[" << row.Value << ", " << runtime::JsonString(row.Class_Name) << "]";
+                    separator = ", ";
+                }
+                out << "]";
+            } else {
+                out << "null";
+            }
+            out << ", \"provenance\": {";
+            const char* separator = "";
+            for (const auto& [key, value] : provenance) {
+                out << separator << runtime::JsonString(key) << ": " << runtime::JsonString(value);
+                separator = ", ";
+            }
+            out << "}}\n";
         } else {
             out << "columns       " << grid.cols << "\nrows          " << grid.rows
                 << "\ncell size     " << runtime::CStr(grid.cellX) << " x "
@@ -150,16 +197,20 @@ int RunInfo(const Arguments& arguments) {
                 << " " << runtime::CStr(extent.YMin) << " " << runtime::CStr(extent.XMax) << " "
                 << runtime::CStr(extent.YMax) << "\ntype          "
                 << (raster->IsInteger() ? "integer" : "floating") << "\nprojected     "
-                << (raster->IsProjected() ? "yes" : "no") << "\nNoData cells  " << noData
-                << "\nmean          " << (hasValues ? runtime::CStr(statistics.Mean) : "-")
-                << "\nstddev        "
+                << (raster->IsProjected() ? "yes" : "no") << "\nreference     "
+                << (reference.empty() ? "-" : reference)
+                << (epsg ? " (EPSG:" + std::to_string(*epsg) + ")" : "") << "\nNoData cells  "
+                << noData << "\nmean          "
+                << (hasValues ? runtime::CStr(statistics.Mean) : "-") << "\nstddev        "
                 << (hasValues ? runtime::CStr(statistics.StandardDeviation) : "-") << "\n";
             if (band->HasTable()) {
                 out << "table         value  count\n";
                 for (const raster::AttributeRow& row : band->AttributeTable()) {
-                    out << "              " << row.Value << "  " << row.Count << "\n";
+                    out << "              " << row.Value << "  " << row.Count
+                        << (named ? "  " + row.Class_Name : "") << "\n";
                 }
             }
+            for (const auto& [key, value] : provenance) out << key << "  " << value << "\n";
         }
         std::cout << out.str();
         return true;

@@ -1,5 +1,6 @@
 #include "classification/ZoneClassification.h"
 
+#include <map>
 #include <vector>
 
 #include "engine/Analysis.h"
@@ -84,6 +85,26 @@ std::string ClassExpression(const clsClassificationRec& record) {
     return sExpression;
 }
 
+void DescribeZones(raster::GridDescription& description, const clsClassificationRecs& records,
+                   const std::string& dictionaryPath, const std::string& title) {
+    std::map<std::int32_t, std::string> names;
+    for (const auto& record : records.NewEnum()) names.emplace(record->Class, record->Zone);
+    description.items.emplace_back("HALVANE_DICTIONARY", dictionaryPath);
+    description.items.emplace_back("HALVANE_DICTIONARY_TITLE", title);
+    description.nameClasses = [names](raster::AttributeTable& table) {
+        const std::vector<map::Color> colors =
+            UniqueValueColors(static_cast<std::int32_t>(table.size()));
+        for (std::size_t i = 0; i < table.size(); ++i) {
+            raster::AttributeRow& row = table[i];
+            const auto named = names.find(row.Value);
+            row.Class_Name = named != names.end() ? named->second
+                             : row.Value == 0     ? "Unclassified"
+                                                  : "Overlap";
+            row.color = raster::Rgb{colors[i].red, colors[i].green, colors[i].blue};
+        }
+    };
+}
+
 void RunFinalOutput(ZoneRunPage& page) {
     Guarded({"RunFinalOutput", kModule, kTopLevel}, [&] {
         Progress(kHead, 15);
@@ -142,6 +163,9 @@ void RunFinalOutput(ZoneRunPage& page) {
             for (std::int16_t i = 1; i <= iClassCount; ++i) {
                 pSumAlgebraOp.UnbindRaster("tmpRas" + std::to_string(i));
             }
+            DescribeZones(Deref(pOutRaster->Dataset()).Description(),
+                          Deref(Deref(page.m_prjFile).Classifications),
+                          runtime::Trim(g_s_ClassDictionary_Path), prjFile.PrjName);
             MakePerminentGrid(pOutRaster, g_s_WorkingDir, sOutput);
             g_p_OutputRasterDataset =
                 OpenDatasetInWorkspace(GetRasterWorkspace(g_s_WorkingDir), sOutput);

@@ -9,6 +9,7 @@
 
 #include "classification/clsXMLPrjFile.h"
 #include "platform/map/Application.h"
+#include "platform/raster/Storage.h"
 
 namespace halvane::classification {
 
@@ -27,6 +28,14 @@ struct ZoneRunPage {
 // One nested con() per present bound, in the order broad BPI, fine BPI,
 // slope, depth; empty when the record has no bound at all.
 std::string ClassExpression(const clsClassificationRec& record);
+
+// What the zone grid's file says of its classes and their source: each value
+// is named after the first record whose Class it is, 0 otherwise "Unclassified"
+// and any other value, which only overlapping classes make, "Overlap";
+// colours are those the map gives the rows of the grid's table. The file also
+// names the dictionary's path and title.
+void DescribeZones(raster::GridDescription& description, const clsClassificationRecs& records,
+                   const std::string& dictionaryPath, const std::string& title);
 
 // Reports its failures and returns; nothing is cleaned up after a failure.
 void RunFinalOutput(ZoneRunPage& page);

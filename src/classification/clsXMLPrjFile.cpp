@@ -53,7 +53,7 @@ std::string clsXMLPrjFile::GetNodeText(const xml::IXMLDOMNodePtr& Node,
 }
 
 std::string DefaultDictionaryPath() {
-    return ComponentFolder() + runtime::kPathSeparator + "def_dict.xml";
+    return ResourceFolder() + runtime::kPathSeparator + "def_dict.xml";
 }
 
 }  // namespace halvane::classification

@@ -36,7 +36,8 @@ public:
 
 using XMLPrjFilePtr = std::shared_ptr<clsXMLPrjFile>;
 
-// "def_dict.xml" in the component's own folder, the only place it is looked for.
+// "def_dict.xml" in the component's own folder, the only place it is looked
+// for (share/halvane/ when installed: see ResourceFolder).
 std::string DefaultDictionaryPath();
 
 }  // namespace halvane::classification

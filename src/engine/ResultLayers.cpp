@@ -73,6 +73,17 @@ void ChangeRenderToUVRenderer(const std::shared_ptr<map::RasterLayer>& pLayer) {
     });
 }
 
+std::vector<map::Color> UniqueValueColors(std::int32_t n) {
+    map::RandomColorRamp ramp;
+    ramp.Size(n);
+    ramp.Seed(kRampSeed);
+    bool ok = false;
+    ramp.CreateRamp(ok);
+    std::vector<map::Color> colors;
+    for (std::int32_t i = 0; i < n; ++i) colors.push_back(ramp.Color(i));
+    return colors;
+}
+
 bool AskToAddDataToMap() {
     return ui::Services().MsgBox("Calculation complete. Would you like to add data to the map?",
                                  ui::vbYesNo, "Add Data to Map?") == ui::vbYes;

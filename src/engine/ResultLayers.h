@@ -3,6 +3,7 @@
 // a grid as a raster layer, and the unique-value rendering of the zone grid.
 
 #include <functional>
+#include <vector>
 
 #include "platform/map/Application.h"
 #include "platform/raster/Fwd.h"
@@ -15,6 +16,10 @@ namespace halvane {
 // 100. A raster without a table keeps the default rendering. Failures are
 // reported; the layer then keeps the renderer it had, since it is set last.
 void ChangeRenderToUVRenderer(const std::shared_ptr<map::RasterLayer>& pLayer);
+
+// The colours ChangeRenderToUVRenderer gives the n rows of a table, in table
+// order; a zone grid stores them too, so the file and the map agree.
+std::vector<map::Color> UniqueValueColors(std::int32_t n);
 
 // "Calculation complete. Would you like to add data to the map?"; true on Yes.
 bool AskToAddDataToMap();

@@ -35,7 +35,17 @@ std::string ComponentFolder() {
     return component.parent_path().string();
 }
 
-std::string HelpFilePath() { return ComponentFolder() + kHelpFile; }
+std::string ResourceFolder() {
+    const std::filesystem::path component = ComponentFolder();
+    std::error_code error;
+    for (const auto& prefix : {component.parent_path(), component.parent_path().parent_path()}) {
+        const std::filesystem::path shared = prefix / "share" / "halvane";
+        if (std::filesystem::is_directory(shared, error)) return shared.string();
+    }
+    return component.string();
+}
+
+std::string HelpFilePath() { return ResourceFolder() + kHelpFile; }
 
 std::string GetHelpFilePath(std::int16_t iFile) { return iFile == 1 ? HelpFilePath() : ""; }
 

@@ -18,8 +18,13 @@ ui::WindowHandle HtmlHelpA(ui::WindowHandle hwndCaller, const std::string& pszFi
 // The folder of the component: the library or program that holds this code.
 std::string ComponentFolder();
 
+// Where the help, the default dictionary and the sample lie: share/halvane
+// of the installed tree the component belongs to (bin/ or lib/halvane/ beside
+// it), else the component's own folder, as in the build tree.
+std::string ResourceFolder();
+
 // The help file, worked out anew at each call: "Help/HalvaneTool.help" in the
-// component's folder.
+// resource folder.
 std::string HelpFilePath();
 
 // The help file for 1, "" for any other number.

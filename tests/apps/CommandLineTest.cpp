@@ -30,12 +30,37 @@ TEST_F(CommandLineTest, CalcSlopeAndInfo) {
               0);
     ::testing::internal::CaptureStdout();
     EXPECT_EQ(Halvane({"info", "--json", work + "/deeper.tif"}), 0);
+    const std::string json = ::testing::internal::GetCapturedStdout();
+    const std::size_t provenance = json.find(", \"provenance\": {");
+    ASSERT_NE(provenance, std::string::npos) << json;
     // -20 -24 -22 / NoData -28 -26: mean -24, population deviation sqrt(8).
-    EXPECT_EQ(::testing::internal::GetCapturedStdout(),
+    EXPECT_EQ(json.substr(0, provenance),
               "{\"columns\": 3, \"rows\": 2, \"cell_size\": [10, 10], \"extent\": [0, 0, 30, 20], "
-              "\"type\": \"integer\", \"projected\": true, \"nodata_cells\": 1, \"mean\": -24, "
+              "\"type\": \"integer\", \"projected\": true, \"crs\": {\"name\": \"WGS 84 / UTM zone "
+              "33N\", \"epsg\": 32633}, \"nodata_cells\": 1, \"mean\": -24, "
               "\"stddev\": 2.8284271247461903, \"table\": [[-28, 1], [-26, 1], [-24, 1], [-22, 1], "
-              "[-20, 1]]}\n");
+              "[-20, 1]], \"classes\": null");
+    // The command line comes back as a shell would take it, quotes escaped for JSON.
+    for (const std::string& item :
+         {std::string("\"HALVANE_EXPRESSION\": \"int([inRaster] * 2)\""),
+          "\"HALVANE_INPUT_inRaster\": \"" + (dir_ / "depth.tif") + "\"",
+          "\"HALVANE_COMMAND\": \"halvane calc --workdir " + work +
+              " --name deeper --bind inRaster=" + (dir_ / "depth.tif") + " 'int([inRaster] * 2)'\"",
+          std::string("\"TIFFTAG_SOFTWARE\": \"Halvane "),
+          std::string("\"TIFFTAG_DATETIME\": \"20")}) {
+        EXPECT_NE(json.find(item, provenance), std::string::npos) << item << "\nin " << json;
+    }
+    EXPECT_EQ(json.substr(json.size() - 4), "\"}}\n");
+    // A grid without a reference system has none to tell.
+    testing::WriteGrid(dir_ / "nowhere.tif", grid_, {1, 2, 3, 4, 5, 6}, false, "");
+    ::testing::internal::CaptureStdout();
+    EXPECT_EQ(Halvane({"info", "--json", dir_ / "nowhere.tif"}), 0);
+    EXPECT_NE(
+        ::testing::internal::GetCapturedStdout().find("\"projected\": false, \"crs\": null, "),
+        std::string::npos);
+    // Only the commands that write grids take a layout, and only a known one.
+    EXPECT_EQ(Halvane({"calc", "--workdir", work, "--name", "x", "--layout", "fancy", "[a]"}), 2);
+    EXPECT_EQ(Halvane({"info", "--layout", "cog", dir_ / "nowhere.tif"}), 2);
     EXPECT_EQ(Halvane({"slope", "--workdir", work, "--name", "slope", dir_ / "depth.tif"}), 0);
     EXPECT_TRUE(std::filesystem::exists(work + "/slope.tif"));
 

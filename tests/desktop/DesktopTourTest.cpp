@@ -224,5 +224,42 @@ TEST_F(DesktopTourTest, ToolbarMenuCommandsAndTheLabelledZoneLayer) {
     testing::SaveScreenshot(testing::WithTitleBar(picture, window->windowTitle()), "desktop-tour");
 }
 
+// File > Open of a grid that stores its class names and colours shows them in
+// the layer list, with no dictionary in the session; a grid without them
+// keeps its stretch.
+TEST_F(DesktopTourTest, OpenedGridShowsTheClassesItStores) {
+    g_dict_Zones.reset();
+    const raster::Grid grid{500000, 6000000, 10, 10, 8, 6};
+    std::vector<double> depth = testing::Surface(grid, true);
+    testing::WriteGrid(dir_ / "depth.tif", grid, depth);
+    raster::RasterWorkspacePtr workspace =
+        raster::RasterWorkspaceFactory().OpenFromFile(dir_.Path(), 0);
+    raster::RasterMapAlgebraOp op;
+    op.BindRaster(workspace->OpenRasterDataset("depth")->CreateDefaultRaster(), "d");
+    raster::RasterPtr zones = op.Execute("con([d] > -90, 5, 2)");
+    zones->Dataset()->Description().nameClasses = [](raster::AttributeTable& table) {
+        for (raster::AttributeRow& row : table) {
+            row.Class_Name = row.Value == 2 ? "Deep" : "Shallow";
+            row.color = raster::Rgb{static_cast<std::uint8_t>(row.Value * 40), 10, 20};
+        }
+    };
+    zones->Item(0)->RasterDataset()->Copy("named", workspace);
+
+    auto window = StartDesktop();
+    window->AddRaster(dir_ / "named.tif");
+    window->AddRaster(dir_ / "depth.tif");
+    const QTreeWidget& layers = window->Layers();
+    ASSERT_EQ(layers.topLevelItemCount(), 2);
+    EXPECT_EQ(LegendLines(layers, 1),
+              (std::vector<std::string>{"All Data Values", "Deep", "Shallow"}));
+    const auto* named = dynamic_cast<const map::RasterLayer*>(window->FocusMap()->Layer(1).get());
+    ASSERT_NE(named, nullptr);
+    const auto* classes =
+        dynamic_cast<const map::RasterUniqueValueRenderer*>(named->Renderer().get());
+    ASSERT_NE(classes, nullptr);
+    EXPECT_EQ(classes->Symbol(0, 1)->Color(), (map::Color{200, 10, 20}));
+    EXPECT_EQ(LegendLines(layers, 0).front(), "Value");
+}
+
 }  // namespace
 }  // namespace halvane

@@ -4,9 +4,11 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <set>
 
@@ -149,6 +151,203 @@ TEST(StatisticsTest, ExactMeanDeviationAndTableKeptWithTheGrid) {
     EXPECT_FALSE(wider->HasTable());
     EXPECT_EQ(wider->Statistics().validCells, 90000);
     EXPECT_FALSE(op.Execute("[z] / 2")->Item(0)->HasTable());
+}
+
+// Grids computed from a depth grid "d" of the test's own, bound as [d], and
+// stored in the same folder.
+class StoredGridTest : public ::testing::Test {
+protected:
+    void WriteDepth(const Grid& grid, const std::vector<double>& values, bool integer) {
+        testing::WriteGrid(dir_ / "d.tif", grid, values, integer);
+        workspace_ = RasterWorkspaceFactory().OpenFromFile(dir_.Path(), 0);
+        op_.BindRaster(workspace_->OpenRasterDataset("d")->CreateDefaultRaster(), "d");
+    }
+    void Save(const std::string& expression, const std::string& name) {
+        op_.Execute(expression)->Item(0)->RasterDataset()->Copy(name, workspace_);
+    }
+    std::string Path(const std::string& name) const { return dir_ / (name + ".tif"); }
+    GDALDataType StoredType(const std::string& name) const {
+        GDALDatasetH file = GDALOpen(Path(name).c_str(), GA_ReadOnly);
+        if (!file) return GDT_Unknown;
+        const GDALDataType type = GDALGetRasterDataType(GDALGetRasterBand(file, 1));
+        GDALClose(file);
+        return type;
+    }
+
+    testing::TempDir dir_;
+    RasterWorkspacePtr workspace_;
+    RasterMapAlgebraOp op_;
+};
+
+// The stored cell type follows the range the operators allow: a type too
+// small would clip values, and NoData must not land on a value of the grid.
+TEST_F(StoredGridTest, SmallestCellTypeHoldsEveryValueAndNoData) {
+    const Grid grid{0, 60, 10, 10, 7, 6};
+    std::vector<double> depth = testing::Surface(grid, true);
+    depth[4] = kNoData;
+    WriteDepth(grid, depth, true);
+
+    struct Case {
+        const char* expression;
+        GDALDataType type;
+        std::function<double(double)> cell;  // of a valid depth
+    };
+    const Case cases[] = {
+        {"con([d] > -90, 254, 0)", GDT_Byte, [](double d) { return d > -90 ? 254 : 0; }},
+        {"con([d] >= -95, 3, 0) * 2", GDT_Byte, [](double d) { return d >= -95 ? 6 : 0; }},
+        {"sum(con([d] > -90, 200, 0), con([d] < -80, 55, 1))", GDT_UInt16,
+         [](double d) { return (d > -90 ? 200 : 0) + (d < -80 ? 55 : 1); }},
+        {"con([d] > -90, 65534, 3)", GDT_UInt16, [](double d) { return d > -90 ? 65534 : 3; }},
+        {"Sqr(con([d] > -90, 16, -16)) - 300", GDT_Int16, [](double) { return 256 - 300; }},
+        {"con([d] > -90, -32767, 32767)", GDT_Int16,
+         [](double d) { return d > -90 ? -32767 : 32767; }},
+        {"con([d] > -90, 65535, 0)", GDT_Int32, [](double d) { return d > -90 ? 65535 : 0; }},
+        {"[d] * 3", GDT_Int32, [](double d) { return d * 3; }},
+        {"int([d] / 2)", GDT_Int32, [](double d) { return std::trunc(d / 2); }},
+        {"[d] / 2", GDT_Float32, [](double d) { return d / 2; }},
+    };
+    int run = 0;
+    for (const Case& c : cases) {
+        const std::string name = "t" + std::to_string(run++);
+        Save(c.expression, name);
+        EXPECT_EQ(StoredType(name), c.type) << c.expression;
+        const std::vector<double> cells = testing::ReadAll(testing::OpenRaster(Path(name)));
+        for (std::size_t i = 0; i < depth.size(); ++i) {
+            if (std::isnan(depth[i])) {
+                EXPECT_TRUE(std::isnan(cells[i])) << c.expression << " cell " << i;
+            } else {
+                EXPECT_EQ(cells[i], c.cell(depth[i])) << c.expression << " cell " << i;
+            }
+        }
+    }
+}
+
+// A byte grid saved again stays a byte grid: its NoData value is no value of
+// its cells; one more than its largest value no longer fits.
+TEST_F(StoredGridTest, ByteGridStaysByteWhenSavedAgain) {
+    const Grid grid{0, 60, 10, 10, 7, 6};
+    std::vector<double> depth = testing::Surface(grid, true);
+    depth[9] = kNoData;
+    WriteDepth(grid, depth, true);
+    Save("con([d] > -90, 254, 1)", "bytes");
+    op_.BindRaster(workspace_->OpenRasterDataset("bytes")->CreateDefaultRaster(), "b");
+    Save("[b]", "again");
+    Save("[b] + 1", "higher");
+    EXPECT_EQ(StoredType("again"), GDT_Byte);
+    EXPECT_EQ(StoredType("higher"), GDT_UInt16);
+    const std::vector<double> again = testing::ReadAll(testing::OpenRaster(Path("again")));
+    EXPECT_TRUE(std::isnan(again[9]));
+    EXPECT_EQ(again[0], depth[0] > -90 ? 254 : 1);
+}
+
+// Every stored grid names its writer, its time, its expression and each file
+// it was computed from, also through computed inputs.
+TEST_F(StoredGridTest, ProvenanceNamesTheExpressionAndEveryInputFile) {
+    const Grid grid{0, 60, 10, 10, 7, 6};
+    WriteDepth(grid, testing::Surface(grid, false), false);
+    op_.BindRaster(workspace_->OpenRasterDataset("d")->CreateDefaultRaster(), "inDepth");
+    op_.BindRaster(op_.Execute("[inDepth] * 2"), "twice");
+    op_.BindRaster(RasterSurfaceOp().Slope(op_.Execute("[inDepth] + 1"), 1), "steep");
+    const std::string saved = Writer().commandLine;
+    Writer().commandLine = "halvane calc --name out";
+    Save("[twice] + [steep] + [INDEPTH]", "out");
+    Writer().commandLine = saved;
+
+    GDALDatasetH out = GDALOpen(Path("out").c_str(), GA_ReadOnly);
+    ASSERT_NE(out, nullptr);
+    auto item = [&](const char* key) { return testing::MetadataItem(out, key); };
+    EXPECT_EQ(item("TIFFTAG_SOFTWARE").rfind("Halvane ", 0), 0u);
+    // "YYYY:MM:DD HH:MM:SS", as TIFF dates are written.
+    const std::string date = item("TIFFTAG_DATETIME");
+    EXPECT_TRUE(date.size() == 19 && date[4] == ':' && date[10] == ' ') << date;
+    EXPECT_EQ(item("HALVANE_EXPRESSION"), "[twice] + [steep] + [INDEPTH]");
+    EXPECT_EQ(item("HALVANE_INPUT_twice"), "[inDepth] * 2");
+    EXPECT_EQ(item("HALVANE_INPUT_steep"), "Slope([surface]) in degrees, z factor 1");
+    EXPECT_EQ(item("HALVANE_INPUT_surface"), "[inDepth] + 1");
+    EXPECT_EQ(item("HALVANE_INPUT_inDepth"), Path("d"));
+    EXPECT_EQ(item("HALVANE_COMMAND"), "halvane calc --name out");
+    GDALClose(out);
+}
+
+// Cloud-optimized files pass GDAL's own validation and carry overviews that
+// keep the values of a class grid (nearest) and smooth a continuous one
+// (average); the one-pass plain file holds the same cells, table and items.
+TEST_F(StoredGridTest, CloudOptimizedFilesValidateWithOverviewsOfEachKind) {
+    const Grid grid{0, 7000, 10, 10, 1100, 700};
+    std::vector<double> depth = testing::Surface(grid, false);
+    for (std::size_t i = 0; i < depth.size(); i += 97) depth[i] = kNoData;
+    WriteDepth(grid, depth, false);
+    const WriteSettings saved = Writing();
+    for (const bool cloud : {true, false}) {
+        Writing().cloudOptimized = cloud;
+        const std::string suffix = cloud ? "cog" : "plain";
+        Save("con([d] > -60, 3, 7)", "classes" + suffix);
+        Save("[d] / 3", "third" + suffix);
+    }
+    Writing() = saved;
+
+    for (const char* name : {"classes", "third"}) {
+        const std::string cog = Path(std::string(name) + "cog");
+        const std::string plain = Path(std::string(name) + "plain");
+        EXPECT_EQ(testing::CloudOptimizedProblems(cog), "") << name;
+        EXPECT_NE(testing::CloudOptimizedProblems(plain), "") << name;
+        const std::vector<double> cells = testing::ReadAll(testing::OpenRaster(cog));
+        const std::vector<double> plainCells = testing::ReadAll(testing::OpenRaster(plain));
+        ASSERT_EQ(cells.size(), plainCells.size());
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            ASSERT_TRUE(cells[i] == plainCells[i] ||
+                        (std::isnan(cells[i]) && std::isnan(plainCells[i])))
+                << name << " cell " << i;
+        }
+        RasterDatasetPtr reopened = RasterDataset::Open(cog);
+        EXPECT_EQ(reopened->HasTable(), std::string(name) == "classes");
+        EXPECT_EQ(reopened->Statistics().validCells,
+                  RasterDataset::Open(plain)->Statistics().validCells);
+
+        GDALDatasetH file = GDALOpen(cog.c_str(), GA_ReadOnly);
+        ASSERT_NE(file, nullptr);
+        EXPECT_NE(GDALGetMetadataItem(file, "HALVANE_EXPRESSION", nullptr), nullptr);
+        GDALRasterBandH band = GDALGetRasterBand(file, 1);
+        ASSERT_GE(GDALGetOverviewCount(band), 1);
+        GDALRasterBandH half = GDALGetOverview(band, 0);
+        const int cols = GDALGetRasterBandXSize(half), rows = GDALGetRasterBandYSize(half);
+        ASSERT_EQ(cols, 550);
+        ASSERT_EQ(rows, 350);
+        std::vector<double> overview(static_cast<std::size_t>(cols) * rows);
+        ASSERT_EQ(GDALRasterIO(half, GF_Read, 0, 0, cols, rows, overview.data(), cols, rows,
+                               GDT_Float64, 0, 0),
+                  CE_None);
+        int hasNoData = 0;
+        const double noData = GDALGetRasterNoDataValue(half, &hasNoData);
+        ASSERT_TRUE(hasNoData);
+        int mixed = 0;
+        for (int r = 0; r < rows; ++r) {
+            for (int c = 0; c < cols; ++c) {
+                std::vector<double> block;
+                for (int k = 0; k < 4; ++k) {
+                    const double v = cells[(2 * r + k / 2) * grid.cols + 2 * c + k % 2];
+                    if (!std::isnan(v)) block.push_back(v);
+                }
+                const double got = overview[static_cast<std::size_t>(r) * cols + c];
+                if (block.empty()) {
+                    ASSERT_EQ(got, noData);
+                } else if (std::string(name) == "classes") {
+                    // A cell of the block, never a blend of two classes.
+                    ASSERT_TRUE(got == 3 || got == 7 || (got == noData && block.size() < 4)) << got;
+                    mixed += std::count(block.begin(), block.end(), got) <
+                             static_cast<long>(block.size());
+                } else {
+                    double mean = 0;
+                    for (double v : block) mean += v / static_cast<double>(block.size());
+                    ASSERT_NEAR(got, mean, 1e-4) << r << "," << c;
+                }
+            }
+        }
+        if (std::string(name) == "classes") {
+            EXPECT_GT(mixed, 0);
+        }
+        GDALClose(file);
+    }
 }
 
 TEST(EvaluatorTest, TilesAndThreadsGiveTheWholeGridResult) {

@@ -6,6 +6,7 @@
 #include <ogr_srs_api.h>
 
 #include <cmath>
+#include <cstdio>
 #include <filesystem>
 #include <limits>
 #include <stdexcept>
@@ -70,6 +71,37 @@ inline void WriteGrid(const std::string& path, const raster::Grid& grid,
         throw std::runtime_error("cannot write test grid " + path);
     }
     GDALClose(ds);
+}
+
+// What GDAL's own cloud-optimized GeoTIFF validation finds wrong with a file,
+// errors and warnings one a line; empty for a valid file. Debian's python3,
+// whatever python3 the PATH finds, is the one with GDAL's modules.
+inline std::string CloudOptimizedProblems(const std::string& path) {
+    const std::string command =
+        "/usr/bin/python3 -c 'import sys\n"
+        "from osgeo_utils.samples import validate_cloud_optimized_geotiff as v\n"
+        "try:\n"
+        "    warnings, errors, _ = v.validate(sys.argv[1], full_check=True)\n"
+        "except Exception as e:\n"
+        "    warnings, errors = [], [str(e)]\n"
+        "print(\"\\n\".join(errors + warnings))' '" +
+        path + "' 2>&1";
+    std::string output;
+    if (FILE* pipe = ::popen(command.c_str(), "r")) {
+        char buffer[512];
+        while (std::fgets(buffer, sizeof buffer, pipe)) output += buffer;
+        if (::pclose(pipe) != 0) output += "(the validation did not run)";
+    } else {
+        output = "(cannot run python3)";
+    }
+    while (!output.empty() && output.back() == '\n') output.pop_back();
+    return output;
+}
+
+// A dataset-level metadata item of an open file, or "(missing)".
+inline std::string MetadataItem(GDALDatasetH dataset, const char* key) {
+    const char* value = GDALGetMetadataItem(dataset, key, nullptr);
+    return value ? std::string(value) : std::string("(missing)");
 }
 
 inline raster::RasterPtr OpenRaster(const std::string& path) {

@@ -145,6 +145,8 @@ void MainWindow::AddRaster(const std::string& path) {
     try {
         auto layer = std::make_shared<map::RasterLayer>();
         layer->CreateFromDataset(raster::RasterDataset::Open(path));
+        // A grid of classes that names them shows its classes, not a stretch.
+        map::ShowStoredClasses(*layer);
         FocusMap()->AddLayer(layer);
     } catch (const runtime::Failure& failure) {
         ui::Services().MsgBox(failure.description, ui::vbCritical, "Open Raster");

@@ -13,7 +13,6 @@
 #include <QTabWidget>
 #include <QTableWidget>
 #include <algorithm>
-#include <cstdio>
 #include <deque>
 #include <fstream>
 #include <functional>
@@ -28,6 +27,7 @@
 #include "platform/map/Layers.h"
 #include "platform/map/Map.h"
 #include "platform/raster/Storage.h"
+#include "platform/runtime/Text.h"
 #include "platform/ui/ScriptedServices.h"
 
 namespace halvane::desktop {
@@ -35,27 +35,7 @@ namespace {
 
 // --- one JSON object a line
 
-std::string Quoted(const std::string& text) {
-    std::string out = "\"";
-    for (const char c : text) {
-        switch (c) {
-            case '"': out += "\\\""; break;
-            case '\\': out += "\\\\"; break;
-            case '\n': out += "\\n"; break;
-            case '\r': out += "\\r"; break;
-            case '\t': out += "\\t"; break;
-            default:
-                if (static_cast<unsigned char>(c) < 0x20) {
-                    char escaped[8];
-                    std::snprintf(escaped, sizeof escaped, "\\u%04x", c);
-                    out += escaped;
-                } else {
-                    out += c;
-                }
-        }
-    }
-    return out + "\"";
-}
+std::string Quoted(const std::string& text) { return runtime::JsonString(text); }
 
 class JsonLine {
 public:

@@ -2,18 +2,35 @@
 // first run, loads it, and opens the rasters given as layers.
 // halvane-desktop --replay FILE: replays a recorded session headless (see
 // Replay.h) and exits.
+// halvane-desktop --version: prints the version and exits, without a display.
 
 #include <QApplication>
 #include <QStatusBar>
+#include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <iostream>
+#include <string>
 
 #include "apps/desktop/MainWindow.h"
 #include "apps/desktop/Registration.h"
 #include "apps/desktop/Replay.h"
+#include "platform/runtime/Version.h"
 #include "platform/ui/qt/QtServices.h"
 
 namespace {
+
+// The component installed with the program, else the one it was built with.
+std::string ComponentLibrary() {
+    std::error_code error;
+    const std::filesystem::path installed =
+        std::filesystem::read_symlink("/proc/self/exe", error).parent_path() /
+        HALVANE_INSTALLED_COMPONENT;
+    if (!error && std::filesystem::exists(installed, error)) {
+        return std::filesystem::weakly_canonical(installed, error).string();
+    }
+    return HALVANE_COMPONENT_LIBRARY;
+}
 
 QtMessageHandler g_standardHandler = nullptr;
 
@@ -30,7 +47,7 @@ void QuietHeadlessNotes(QtMsgType type, const QMessageLogContext& context, const
 int Replay(const char* script) {
     halvane::desktop::MainWindow window;
     std::string error;
-    if (!halvane::desktop::EnsureComponentRegistered(HALVANE_COMPONENT_LIBRARY, error) ||
+    if (!halvane::desktop::EnsureComponentRegistered(ComponentLibrary(), error) ||
         !window.LoadComponent()) {
         if (error.empty()) error = window.Component().Error();
         std::cerr << "halvane-desktop: " << error << "\n";
@@ -42,6 +59,11 @@ int Replay(const char* script) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    // Answered before Qt starts, so it works without a display.
+    if (argc == 2 && std::strcmp(argv[1], "--version") == 0) {
+        std::printf("halvane-desktop %s\n", halvane::runtime::kVersion);
+        return 0;
+    }
     const bool replay = argc >= 2 && std::strcmp(argv[1], "--replay") == 0;
     if (replay) {
         if (argc != 3) {
@@ -61,7 +83,7 @@ int main(int argc, char** argv) {
 
     halvane::desktop::MainWindow window;
     std::string error;
-    if (!halvane::desktop::EnsureComponentRegistered(HALVANE_COMPONENT_LIBRARY, error)) {
+    if (!halvane::desktop::EnsureComponentRegistered(ComponentLibrary(), error)) {
         window.statusBar()->showMessage(QString::fromStdString(error));
     } else {
         window.LoadComponent();

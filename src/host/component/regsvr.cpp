@@ -29,9 +29,13 @@ int main(int argc, char** argv) {
     }
     if (library.empty()) {
         std::error_code error;
-        library =
-            (fs::read_symlink("/proc/self/exe", error).parent_path() / "libhalvane_component.so")
-                .string();
+        // Beside the program in the build tree, in ../lib/halvane/ when installed.
+        const fs::path folder = fs::read_symlink("/proc/self/exe", error).parent_path();
+        library = (folder / "libhalvane_component.so").string();
+        const fs::path installed = folder / ".." / "lib" / "halvane" / "libhalvane_component.so";
+        if (!fs::exists(library, error) && fs::exists(installed, error)) {
+            library = fs::weakly_canonical(installed, error).string();
+        }
     }
     library = fs::absolute(library).string();
     std::string error;

@@ -49,4 +49,9 @@ private:
 };
 using RasterLayerPtr = std::shared_ptr<RasterLayer>;
 
+// Gives the layer one class per row of its grid's table, labelled and
+// coloured with the names and colours stored with the grid; false, with the
+// layer unchanged, when the grid stores none.
+bool ShowStoredClasses(RasterLayer& layer);
+
 }  // namespace halvane::map

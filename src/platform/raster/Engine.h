@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -78,6 +79,11 @@ public:
     bool integer = false;
     bool scalar = false;
     double value = 0.0;                                   // of a scalar
+    // Every value of the node lies within [low, high], infinite where the
+    // operators cannot tell; an integer grid is stored in the smallest cell
+    // type that holds this range.
+    double low = -std::numeric_limits<double>::infinity();
+    double high = std::numeric_limits<double>::infinity();
     std::shared_ptr<const std::string> spatialReference;  // WKT, may be empty
     std::vector<std::shared_ptr<const Node>> children;
 };

@@ -2,12 +2,19 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
 
 #include "platform/raster/Expression.h"
 #include "platform/raster/Operators.h"
 
 namespace halvane::raster {
 namespace {
+
+std::string FormatNumber(double value) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%g", value);
+    return text;
+}
 
 class Builder {
 public:
@@ -117,6 +124,37 @@ void Tell(const std::string& line) {
     if (const AlgebraJournal& journal = Journal()) journal(line);
 }
 
+// Adds a bound input to the inputs of a description: a stored grid by its
+// path, a computed one by its expression followed by its own inputs, so that
+// a grid names every file it was computed from. A name keeps what it was
+// first bound to.
+void DescribeInput(GridDescription& description, const std::string& name, const Raster& input) {
+    auto& inputs = description.inputs;
+    if (std::ranges::any_of(inputs, [&](const auto& known) { return known.first == name; })) return;
+    const RasterDataset& dataset = runtime::Deref(input.Dataset());
+    if (!dataset.IsTemporary()) {
+        inputs.emplace_back(name, dataset.Path());
+    } else {
+        const GridDescription& computed = dataset.Description();
+        inputs.emplace_back(name, computed.expression);
+        for (const auto& [inner, source] : computed.inputs) {
+            if (std::ranges::none_of(inputs, [&](const auto& k) { return k.first == inner; })) {
+                inputs.emplace_back(inner, source);
+            }
+        }
+    }
+}
+
+// The result of an operation, as a computed grid that can tell where it came from.
+RasterPtr Described(NodePtr root, std::string expression,
+                    const std::vector<std::pair<std::string, RasterPtr>>& inputs) {
+    RasterDatasetPtr dataset = RasterDataset::Temporary(root);
+    GridDescription& description = dataset->Description();
+    description.expression = std::move(expression);
+    for (const auto& [name, input] : inputs) DescribeInput(description, name, *input);
+    return std::make_shared<Raster>(std::move(root), std::move(dataset));
+}
+
 }  // namespace
 
 AlgebraJournal& Journal() {
@@ -153,17 +191,19 @@ RasterPtr RasterMapAlgebraOp::Execute(const std::string& expression) {
     Tell("Execute " + expression);
     EnsureGdal();
     const ExprPtr tree = ParseExpression(expression);
+    std::vector<std::pair<std::string, RasterPtr>> used;
     const std::function<NodePtr(const std::string&)> lookup = [&](const std::string& name) {
         auto found = bindings_.find(name);
         if (found == bindings_.end())
             throw EngineFailure("Map algebra: unbound raster '" + name + "'");
+        used.emplace_back(found->first, found->second);
         return found->second->Node();
     };
     NodePtr root = Builder(expression, lookup).Build(*tree);
     if (root->IsScalar()) {
         throw EngineFailure("Map algebra: '" + expression + "' has no raster in it");
     }
-    return std::make_shared<Raster>(std::move(root), nullptr);
+    return Described(std::move(root), expression, used);
 }
 
 void RasterMapAlgebraOp::SetCellSize(int setting, const std::string& value) {
@@ -186,7 +226,9 @@ RasterPtr RasterSurfaceOp::Slope(const RasterPtr& raster, int measure, double zF
         throw EngineFailure("Slope measure " + std::to_string(measure) + " is not supported");
     NodePtr surface = runtime::Deref(raster).Node();
     if (zFactor != 1.0) surface = MakeBinary("*", surface, MakeScalar(zFactor, false));
-    return std::make_shared<Raster>(MakeSlope(surface), nullptr);
+    return Described(MakeSlope(surface),
+                     "Slope([surface]) in degrees, z factor " + FormatNumber(zFactor),
+                     {{"surface", raster}});
 }
 
 }  // namespace halvane::raster

@@ -51,7 +51,7 @@ void Place(Node& node, const std::vector<NodePtr>& inputs) {
 }
 
 template <std::size_t N, class F>
-NodePtr MakeCellwise(std::array<NodePtr, N> inputs, bool integer, F f) {
+std::shared_ptr<Node> MakeCellwise(std::array<NodePtr, N> inputs, bool integer, F f) {
     auto node = std::make_shared<FunctionNode<N, F>>(f);
     Place(*node, std::vector<NodePtr>(inputs.begin(), inputs.end()));
     node->integer = integer;
@@ -59,6 +59,17 @@ NodePtr MakeCellwise(std::array<NodePtr, N> inputs, bool integer, F f) {
         std::array<double, N> values{};
         for (std::size_t k = 0; k < N; ++k) values[k] = inputs[k]->value;
         node->value = std::apply(f, values);
+        node->low = node->high = node->value;
+    }
+    return node;
+}
+
+// Narrows the range a node's values lie in; an undefined bound (infinity
+// times zero, say) leaves it unknown.
+NodePtr Within(std::shared_ptr<Node> node, double low, double high) {
+    if (!node->scalar && !std::isnan(low) && !std::isnan(high)) {
+        node->low = low;
+        node->high = high;
     }
     return node;
 }
@@ -324,6 +335,8 @@ NodePtr MakeStored(const StoredBand& band) {
     node->grid = band.grid;
     node->integer = band.integer;
     node->spatialReference = band.spatialReference;
+    node->low = band.low;
+    node->high = band.high;
     return node;
 }
 
@@ -334,11 +347,19 @@ NodePtr MakeScalar(double value, bool integer) {
 NodePtr MakeUnary(UnaryOp op, NodePtr operand) {
     const bool integer = operand->integer;
     switch (op) {
-        case UnaryOp::kInt:
-            return MakeCellwise<1>({std::move(operand)}, true,
-                                   [](double x) { return std::trunc(x); });
-        case UnaryOp::kSqr:
-            return MakeCellwise<1>({std::move(operand)}, integer, [](double x) { return x * x; });
+        case UnaryOp::kInt: {
+            const double low = std::trunc(operand->low), high = std::trunc(operand->high);
+            return Within(
+                MakeCellwise<1>({std::move(operand)}, true, [](double x) { return std::trunc(x); }),
+                low, high);
+        }
+        case UnaryOp::kSqr: {
+            const double low = operand->low, high = operand->high;
+            const double top = std::max(low * low, high * high);
+            return Within(
+                MakeCellwise<1>({std::move(operand)}, integer, [](double x) { return x * x; }),
+                low <= 0.0 && high >= 0.0 ? 0.0 : std::min(low * low, high * high), top);
+        }
         case UnaryOp::kSqrt:
             return MakeCellwise<1>({std::move(operand)}, false,
                                    [](double x) { return x < 0.0 ? kNoData : std::sqrt(x); });
@@ -348,15 +369,30 @@ NodePtr MakeUnary(UnaryOp op, NodePtr operand) {
 
 NodePtr MakeBinary(const std::string& op, NodePtr lhs, NodePtr rhs) {
     const bool integer = lhs->integer && rhs->integer;
+    const double a0 = lhs->low, a1 = lhs->high, b0 = rhs->low, b1 = rhs->high;
     std::array<NodePtr, 2> in{std::move(lhs), std::move(rhs)};
     auto compare = [&](auto test) {
-        return MakeCellwise<2>(std::move(in), true, [test](double a, double b) {
-            return std::isnan(a) || std::isnan(b) ? kNoData : (test(a, b) ? 1.0 : 0.0);
-        });
+        return Within(MakeCellwise<2>(std::move(in), true,
+                                      [test](double a, double b) {
+                                          return std::isnan(a) || std::isnan(b)
+                                                     ? kNoData
+                                                     : (test(a, b) ? 1.0 : 0.0);
+                                      }),
+                      0.0, 1.0);
     };
-    if (op == "+") return MakeCellwise<2>(std::move(in), integer, std::plus<>());
-    if (op == "-") return MakeCellwise<2>(std::move(in), integer, std::minus<>());
-    if (op == "*") return MakeCellwise<2>(std::move(in), integer, std::multiplies<>());
+    if (op == "+") {
+        return Within(MakeCellwise<2>(std::move(in), integer, std::plus<>()), a0 + b0, a1 + b1);
+    }
+    if (op == "-") {
+        return Within(MakeCellwise<2>(std::move(in), integer, std::minus<>()), a0 - b1, a1 - b0);
+    }
+    if (op == "*") {
+        const double products[] = {a0 * b0, a0 * b1, a1 * b0, a1 * b1};
+        const bool defined = std::ranges::none_of(products, [](double p) { return std::isnan(p); });
+        return Within(MakeCellwise<2>(std::move(in), integer, std::multiplies<>()),
+                      defined ? std::ranges::min(products) : kNoData,
+                      defined ? std::ranges::max(products) : kNoData);
+    }
     if (op == "/") {
         return MakeCellwise<2>(std::move(in), false,
                                [](double a, double b) { return b == 0.0 ? kNoData : a / b; });
@@ -370,9 +406,14 @@ NodePtr MakeBinary(const std::string& op, NodePtr lhs, NodePtr rhs) {
 
 NodePtr MakeCon(NodePtr condition, NodePtr whenTrue, NodePtr whenFalse) {
     const bool integer = whenTrue->integer && whenFalse->integer;
-    return MakeCellwise<3>(
-        {std::move(condition), std::move(whenTrue), std::move(whenFalse)}, integer,
-        [](double c, double a, double b) { return std::isnan(c) ? kNoData : (c != 0.0 ? a : b); });
+    const double low = std::min(whenTrue->low, whenFalse->low);
+    const double high = std::max(whenTrue->high, whenFalse->high);
+    return Within(
+        MakeCellwise<3>({std::move(condition), std::move(whenTrue), std::move(whenFalse)}, integer,
+                        [](double c, double a, double b) {
+                            return std::isnan(c) ? kNoData : (c != 0.0 ? a : b);
+                        }),
+        low, high);
 }
 
 class SumNode final : public CellwiseNode {
@@ -389,8 +430,15 @@ NodePtr MakeSum(std::vector<NodePtr> operands) {
     auto node = std::make_shared<SumNode>();
     node->integer = std::ranges::all_of(operands, [](const NodePtr& n) { return n->integer; });
     Place(*node, operands);
-    if (node->scalar) {
-        for (const NodePtr& operand : operands) node->value += operand->value;
+    node->low = node->high = 0.0;
+    for (const NodePtr& operand : operands) {
+        node->low += operand->low;
+        node->high += operand->high;
+        if (node->scalar) node->value += operand->value;
+    }
+    if (std::isnan(node->low) || std::isnan(node->high)) {
+        node->low = -std::numeric_limits<double>::infinity();
+        node->high = std::numeric_limits<double>::infinity();
     }
     return node;
 }
@@ -413,6 +461,8 @@ NodePtr MakeShift(NodePtr operand, double x, double y) {
     auto node = std::make_shared<ShiftNode>();
     Place(*node, {std::move(operand)});
     node->integer = node->children[0]->integer;
+    node->low = node->children[0]->low;
+    node->high = node->children[0]->high;
     // The lower-left corner moves to (x, y).
     node->grid.left = x;
     node->grid.top = y + node->grid.cellY * static_cast<double>(node->grid.rows);
@@ -426,6 +476,10 @@ NodePtr MakeResample(NodePtr operand, double cellSize, ResampleMethod method) {
     Place(*node, {std::move(operand)});
     const Grid& source = node->children[0]->grid;
     node->integer = method == ResampleMethod::kNearest && node->children[0]->integer;
+    if (method == ResampleMethod::kNearest) {
+        node->low = node->children[0]->low;
+        node->high = node->children[0]->high;
+    }
     node->grid.cellX = cellSize;
     node->grid.cellY = cellSize;
     node->grid.cols =

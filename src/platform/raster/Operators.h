@@ -3,6 +3,7 @@
 // works out the grid and cell type of its result, so that an expression fails
 // when it is built, never half-way through a run.
 
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,8 @@ struct StoredBand {
     bool integer = false;
     bool hasNoData = false;
     double noData = 0.0;
+    double low = -std::numeric_limits<double>::infinity();  // the cell type's range
+    double high = std::numeric_limits<double>::infinity();
     std::shared_ptr<const std::string> spatialReference;
 };
 

@@ -13,11 +13,13 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <filesystem>
 #include <limits>
 #include <unordered_map>
 
 #include "platform/raster/Operators.h"
+#include "platform/runtime/Version.h"
 
 namespace fs = std::filesystem;
 
@@ -144,7 +146,11 @@ public:
         }
         if (keepTable_) {
             AttributeTable table;
-            for (const auto& [value, count] : table_) table.push_back({value, count});
+            for (const auto& [value, count] : table_) {
+                AttributeRow& row = table.emplace_back();
+                row.Value = value;
+                row.Count = count;
+            }
             std::ranges::sort(table, {}, &AttributeRow::Value);
             summary.table = std::move(table);
         }
@@ -222,7 +228,77 @@ std::string Format(double value) {
     return text;
 }
 
-void WriteSummary(GDALDatasetH dataset, const GridSummary& summary, std::int64_t cells) {
+// The cell type of a stored grid, and the NoData value it is written with.
+struct CellType {
+    GDALDataType type;
+    double noData;
+};
+
+// The smallest type that holds every value the grid's operators allow, with
+// one value to spare for NoData; floating grids stay 32-bit.
+CellType CellTypeOf(const Node& node) {
+    if (!node.integer) return {GDT_Float32, kFloatNoData};
+    if (node.low >= 0.0 && node.high <= 254.0) return {GDT_Byte, 255.0};
+    if (node.low >= 0.0 && node.high <= 65534.0) return {GDT_UInt16, 65535.0};
+    if (node.low >= -32767.0 && node.high <= 32767.0) return {GDT_Int16, -32768.0};
+    return {GDT_Int32, static_cast<double>(kIntNoData)};
+}
+
+// The range of values a band's cell type can hold.
+std::pair<double, double> RangeOf(GDALDataType type) {
+    switch (type) {
+        case GDT_Byte:
+            return {0.0, 255.0};
+        case GDT_UInt16:
+            return {0.0, 65535.0};
+        case GDT_Int16:
+            return {-32768.0, 32767.0};
+        case GDT_UInt32:
+            return {0.0, 4294967295.0};
+        case GDT_Int32:
+            return {-2147483648.0, 2147483647.0};
+        default:
+            return {-std::numeric_limits<double>::infinity(),
+                    std::numeric_limits<double>::infinity()};
+    }
+}
+
+// Column names of the attribute table of a grid of classes.
+constexpr const char* kNameColumn = "Class_Name";
+constexpr const char* kColorColumns[] = {"Red", "Green", "Blue"};
+
+bool Named(const AttributeTable& table) {
+    return std::ranges::any_of(
+        table, [](const AttributeRow& r) { return !r.Class_Name.empty() || r.color; });
+}
+
+// Colour table and category names, indexed by value, for viewers that know
+// no attribute tables. Only bands of non-negative values can index them.
+void WriteClassesByValue(GDALRasterBandH band, const AttributeTable& table, GDALDataType type) {
+    if (table.empty() || table.front().Value < 0 || (type != GDT_Byte && type != GDT_UInt16)) {
+        return;
+    }
+    const int entries = table.back().Value + 1;
+    GDALColorTableH colors = GDALCreateColorTable(GPI_RGB);
+    // TIFF palettes hold no alpha: values without a class are black.
+    const GDALColorEntry none = {0, 0, 0, 255};
+    for (int i = 0; i < entries; ++i) GDALSetColorEntry(colors, i, &none);
+    std::vector<std::string> names(static_cast<std::size_t>(entries));
+    for (const AttributeRow& row : table) {
+        names[static_cast<std::size_t>(row.Value)] = row.Class_Name;
+        if (!row.color) continue;
+        const GDALColorEntry entry = {row.color->red, row.color->green, row.color->blue, 255};
+        GDALSetColorEntry(colors, row.Value, &entry);
+    }
+    GDALSetRasterColorTable(band, colors);
+    GDALDestroyColorTable(colors);
+    CPLStringList list;
+    for (const std::string& name : names) list.AddString(name.c_str());
+    GDALSetRasterCategoryNames(band, list.List());
+}
+
+void WriteSummary(GDALDatasetH dataset, const GridSummary& summary, std::int64_t cells,
+                  GDALDataType type) {
     GDALRasterBandH band = GDALGetRasterBand(dataset, 1);
     const RasterStatistics& s = summary.statistics;
     if (s.validCells > 0) {
@@ -238,17 +314,57 @@ void WriteSummary(GDALDatasetH dataset, const GridSummary& summary, std::int64_t
         nullptr);
     GDALSetMetadataItem(band, kValidCellsKey, std::to_string(s.validCells).c_str(), nullptr);
     if (!summary.table) return;
+    const AttributeTable& table = *summary.table;
+    const bool named = Named(table);
     GDALRasterAttributeTableH rat = GDALCreateRasterAttributeTable();
     GDALRATCreateColumn(rat, "Value", GFT_Integer, GFU_MinMax);
     GDALRATCreateColumn(rat, "Count", GFT_Real, GFU_PixelCount);
-    GDALRATSetRowCount(rat, static_cast<int>(summary.table->size()));
-    for (std::size_t row = 0; row < summary.table->size(); ++row) {
-        const AttributeRow& r = (*summary.table)[row];
-        GDALRATSetValueAsInt(rat, static_cast<int>(row), 0, r.Value);
-        GDALRATSetValueAsDouble(rat, static_cast<int>(row), 1, static_cast<double>(r.Count));
+    if (named) {
+        GDALRATCreateColumn(rat, kNameColumn, GFT_String, GFU_Name);
+        GDALRATCreateColumn(rat, kColorColumns[0], GFT_Integer, GFU_Red);
+        GDALRATCreateColumn(rat, kColorColumns[1], GFT_Integer, GFU_Green);
+        GDALRATCreateColumn(rat, kColorColumns[2], GFT_Integer, GFU_Blue);
+    }
+    GDALRATSetRowCount(rat, static_cast<int>(table.size()));
+    for (std::size_t i = 0; i < table.size(); ++i) {
+        const AttributeRow& r = table[i];
+        const int row = static_cast<int>(i);
+        GDALRATSetValueAsInt(rat, row, 0, r.Value);
+        GDALRATSetValueAsDouble(rat, row, 1, static_cast<double>(r.Count));
+        if (!named) continue;
+        GDALRATSetValueAsString(rat, row, 2, r.Class_Name.c_str());
+        const Rgb color = r.color.value_or(Rgb{});
+        GDALRATSetValueAsInt(rat, row, 3, color.red);
+        GDALRATSetValueAsInt(rat, row, 4, color.green);
+        GDALRATSetValueAsInt(rat, row, 5, color.blue);
     }
     GDALSetDefaultRAT(band, rat);
     GDALDestroyRasterAttributeTable(rat);
+    if (named) WriteClassesByValue(band, table, type);
+}
+
+// "YYYY:MM:DD HH:MM:SS", the form of the TIFF date tag, in local time.
+std::string TiffDateNow() {
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&now, &local);
+    char text[32];
+    std::strftime(text, sizeof text, "%Y:%m:%d %H:%M:%S", &local);
+    return text;
+}
+
+// Which program made the grid, when, and from what.
+void WriteProvenance(GDALDatasetH dataset, const GridDescription& description) {
+    const WriterDescription& writer = Writer();
+    auto item = [&](const std::string& key, const std::string& value) {
+        GDALSetMetadataItem(dataset, key.c_str(), value.c_str(), nullptr);
+    };
+    item("TIFFTAG_SOFTWARE", writer.software);
+    item("TIFFTAG_DATETIME", TiffDateNow());
+    if (!description.expression.empty()) item("HALVANE_EXPRESSION", description.expression);
+    for (const auto& [name, source] : description.inputs) item("HALVANE_INPUT_" + name, source);
+    if (!writer.commandLine.empty()) item("HALVANE_COMMAND", writer.commandLine);
+    for (const auto& [key, value] : description.items) item(key, value);
 }
 
 // What this engine stored with a grid it wrote, if it did.
@@ -271,10 +387,28 @@ std::optional<GridSummary> ReadSummary(const std::string& path) {
         s.statistics.Maximum = item("STATISTICS_MAXIMUM");
         GDALRasterAttributeTableH rat = GDALGetDefaultRAT(band);
         if (rat) {
+            auto column = [&](const char* name) {
+                for (int c = 0; c < GDALRATGetColumnCount(rat); ++c) {
+                    if (EqualsNoCase(GDALRATGetNameOfCol(rat, c), name)) return c;
+                }
+                return -1;
+            };
+            const int nameColumn = column(kNameColumn);
+            const int colorColumns[] = {column(kColorColumns[0]), column(kColorColumns[1]),
+                                        column(kColorColumns[2])};
+            const bool colored = std::ranges::none_of(colorColumns, [](int c) { return c < 0; });
             AttributeTable table;
             for (int row = 0; row < GDALRATGetRowCount(rat); ++row) {
-                table.push_back({GDALRATGetValueAsInt(rat, row, 0),
-                                 static_cast<std::int64_t>(GDALRATGetValueAsDouble(rat, row, 1))});
+                AttributeRow& r = table.emplace_back();
+                r.Value = GDALRATGetValueAsInt(rat, row, 0);
+                r.Count = static_cast<std::int64_t>(GDALRATGetValueAsDouble(rat, row, 1));
+                if (nameColumn >= 0) r.Class_Name = GDALRATGetValueAsString(rat, row, nameColumn);
+                if (!colored) continue;
+                auto channel = [&](int k) {
+                    return static_cast<std::uint8_t>(
+                        std::clamp(GDALRATGetValueAsInt(rat, row, colorColumns[k]), 0, 255));
+                };
+                r.color = Rgb{channel(0), channel(1), channel(2)};
             }
             s.table = std::move(table);
         }  // an integer grid of ours without one has too many values for a table
@@ -282,6 +416,30 @@ std::optional<GridSummary> ReadSummary(const std::string& path) {
     }
     GDALClose(dataset);
     return summary;
+}
+
+// Rewrites a finished tiled grid as a cloud-optimized one: overviews down to
+// one block, and the headers of all levels ahead of their cells, smallest
+// level first, so that a reader over the network fetches only what it shows.
+void WriteCloudOptimized(const fs::path& source, const fs::path& target, bool integer) {
+    GDALDatasetH in = GDALOpen(source.c_str(), GA_ReadOnly);
+    if (!in) throw EngineFailure("Cannot read '" + source.string() + "'" + LastGdalError());
+    const char* options[] = {
+        "COMPRESS=ZSTD",
+        "LEVEL=1",
+        integer ? "PREDICTOR=NO" : "PREDICTOR=STANDARD",
+        "BLOCKSIZE=256",
+        integer ? "OVERVIEW_RESAMPLING=NEAREST" : "OVERVIEW_RESAMPLING=AVERAGE",
+        "NUM_THREADS=ALL_CPUS",
+        "BIGTIFF=IF_SAFER",
+        nullptr};
+    CPLErrorReset();
+    GDALDatasetH out = GDALCreateCopy(GDALGetDriverByName("COG"), target.c_str(), in, FALSE,
+                                      const_cast<char**>(options), nullptr, nullptr);
+    const std::string failure = LastGdalError();
+    GDALClose(in);
+    if (!out) throw EngineFailure("Cannot write '" + target.string() + "'" + failure);
+    GDALClose(out);
 }
 
 std::string TemporaryName(const std::string& name) {
@@ -296,6 +454,16 @@ void RemoveFileAndSidecars(const fs::path& file) {
 }
 
 }  // namespace
+
+WriteSettings& Writing() {
+    static WriteSettings settings;
+    return settings;
+}
+
+WriterDescription& Writer() {
+    static WriterDescription writer{std::string("Halvane ") + runtime::kVersion, ""};
+    return writer;
+}
 
 void EnsureGdal() {
     static std::once_flag once;
@@ -391,11 +559,16 @@ RasterDatasetPtr RasterDataset::Open(const std::string& path) {
                  GDALGetRasterYSize(dataset)};
     const GDALDataType type = GDALGetRasterDataType(first);
     band.integer = !GDALDataTypeIsFloating(type) && !GDALDataTypeIsComplex(type);
+    std::tie(band.low, band.high) = RangeOf(type);
     int hasNoData = 0;
     band.noData = GDALGetRasterNoDataValue(first, &hasNoData);
     band.hasNoData = hasNoData != 0;
     // Cells of a 32-bit band hold the NoData value rounded to 32 bits.
     if (type == GDT_Float32) band.noData = static_cast<float>(band.noData);
+    // NoData at an end of the type's range is no value, so a byte grid saved
+    // again stays a byte grid.
+    if (band.hasNoData && band.noData == band.high) band.high -= 1.0;
+    if (band.hasNoData && band.noData == band.low) band.low += 1.0;
     band.spatialReference = std::make_shared<const std::string>(GDALGetProjectionRef(dataset));
     GDALClose(dataset);
 
@@ -428,6 +601,8 @@ RasterDatasetPtr RasterDataset::Copy(const std::string& name, const RasterWorksp
     }
     const Grid& grid = node_->grid;
     const bool integer = node_->integer;
+    const CellType cellType = CellTypeOf(*node_);
+    const auto intNoData = static_cast<std::int32_t>(cellType.noData);
     const fs::path folder(target.PathName());
     const fs::path partial = folder / (TemporaryName(name) + ".tif");
     const fs::path final = folder / (name + ".tif");
@@ -442,9 +617,9 @@ RasterDatasetPtr RasterDataset::Copy(const std::string& name, const RasterWorksp
         "BIGTIFF=IF_SAFER", "NUM_THREADS=ALL_CPUS", nullptr};
     GDALDriverH driver = GDALGetDriverByName("GTiff");
     CPLErrorReset();
-    GDALDatasetH out = GDALCreate(driver, partial.c_str(), static_cast<int>(grid.cols),
-                                  static_cast<int>(grid.rows), 1, integer ? GDT_Int32 : GDT_Float32,
-                                  const_cast<char**>(options));
+    GDALDatasetH out =
+        GDALCreate(driver, partial.c_str(), static_cast<int>(grid.cols),
+                   static_cast<int>(grid.rows), 1, cellType.type, const_cast<char**>(options));
     if (!out) throw EngineFailure("Cannot create '" + final.string() + "'" + LastGdalError());
     double transform[6] = {grid.left, grid.cellX, 0.0, grid.top, 0.0, -grid.cellY};
     GDALSetGeoTransform(out, transform);
@@ -452,7 +627,7 @@ RasterDatasetPtr RasterDataset::Copy(const std::string& name, const RasterWorksp
         GDALSetProjection(out, node_->spatialReference->c_str());
     }
     GDALRasterBandH band = GDALGetRasterBand(out, 1);
-    GDALSetRasterNoDataValue(band, integer ? kIntNoData : kFloatNoData);
+    GDALSetRasterNoDataValue(band, cellType.noData);
 
     // Until the grid is complete, a failure removes what was written.
     struct PartialFile {
@@ -475,7 +650,7 @@ RasterDatasetPtr RasterDataset::Copy(const std::string& name, const RasterWorksp
         if (integer) {
             ints.resize(stored.size());
             for (std::size_t i = 0; i < stored.size(); ++i) {
-                ints[i] = std::isnan(stored[i]) ? kIntNoData : static_cast<std::int32_t>(stored[i]);
+                ints[i] = std::isnan(stored[i]) ? intNoData : static_cast<std::int32_t>(stored[i]);
             }
             buffer = ints.data();
         } else {
@@ -494,15 +669,24 @@ RasterDatasetPtr RasterDataset::Copy(const std::string& name, const RasterWorksp
         }
     });
     GridSummary summary = builder.Finish();
-    WriteSummary(out, summary, grid.Cells());
+    if (summary.table && description_.nameClasses) description_.nameClasses(*summary.table);
+    WriteSummary(out, summary, grid.Cells(), cellType.type);
+    WriteProvenance(out, description_);
     CPLErrorReset();
     partialFile.dataset = nullptr;
     GDALClose(out);
     if (CPLGetLastErrorType() >= CE_Failure) {
         throw EngineFailure("Cannot write '" + final.string() + "'" + LastGdalError());
     }
+    PartialFile cloudOptimized{nullptr, {}};
+    if (Writing().cloudOptimized) {
+        cloudOptimized.path = folder / (TemporaryName(name) + ".tif");
+        WriteCloudOptimized(partial, cloudOptimized.path, integer);
+        std::swap(partialFile.path, cloudOptimized.path);
+    }
+    const fs::path& written = partialFile.path;
     // The grid appears under its name only when complete, and never over another.
-    if (::renameat2(AT_FDCWD, partial.c_str(), AT_FDCWD, final.c_str(), RENAME_NOREPLACE) != 0) {
+    if (::renameat2(AT_FDCWD, written.c_str(), AT_FDCWD, final.c_str(), RENAME_NOREPLACE) != 0) {
         const int error = errno;
         if (error == EEXIST) {
             throw EngineFailure("Grid '" + name + "' already exists in " + target.PathName());
@@ -511,11 +695,27 @@ RasterDatasetPtr RasterDataset::Copy(const std::string& name, const RasterWorksp
     }
     // Without its side file the grid is still whole: statistics are then computed again.
     std::error_code ec;
-    fs::rename(partial.string() + ".aux.xml", final.string() + ".aux.xml", ec);
+    fs::rename(written.string() + ".aux.xml", final.string() + ".aux.xml", ec);
     partialFile.path.clear();
     RasterDatasetPtr stored = Open(final.string());
     stored->summary_ = std::move(summary);
     return stored;
+}
+
+std::vector<std::pair<std::string, std::string>> RasterDataset::StoredItems() const {
+    std::vector<std::pair<std::string, std::string>> items;
+    if (IsTemporary()) return items;
+    GDALDatasetH dataset =
+        GDALOpenEx(path_.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY, nullptr, nullptr, nullptr);
+    if (!dataset) return items;
+    for (char** item = GDALGetMetadata(dataset, nullptr); item && *item; ++item) {
+        char* key = nullptr;
+        const char* value = CPLParseNameValue(*item, &key);
+        if (key && value) items.emplace_back(key, value);
+        CPLFree(key);
+    }
+    GDALClose(dataset);
+    return items;
 }
 
 bool RasterDataset::CanDelete() const {
@@ -563,13 +763,46 @@ std::string Raster::SpatialReference() const {
     return node_->spatialReference ? *node_->spatialReference : std::string();
 }
 
-bool Raster::IsProjected() const {
-    const std::string wkt = SpatialReference();
-    if (wkt.empty()) return false;
+namespace {
+
+// What `ask` answers of the raster's reference system, or `none` without one.
+template <class T>
+T AskReference(const std::string& wkt, T none, const std::function<T(OGRSpatialReferenceH)>& ask) {
+    if (wkt.empty()) return none;
     OGRSpatialReferenceH srs = OSRNewSpatialReference(wkt.c_str());
-    const bool projected = srs && OSRIsProjected(srs);
-    if (srs) OSRDestroySpatialReference(srs);
-    return projected;
+    if (!srs) return none;
+    T answer = ask(srs);
+    OSRDestroySpatialReference(srs);
+    return answer;
+}
+
+}  // namespace
+
+bool Raster::IsProjected() const {
+    return AskReference<bool>(SpatialReference(), false,
+                              [](OGRSpatialReferenceH srs) { return OSRIsProjected(srs) != 0; });
+}
+
+std::string Raster::SpatialReferenceName() const {
+    return AskReference<std::string>(SpatialReference(), "", [](OGRSpatialReferenceH srs) {
+        const char* name = OSRGetName(srs);
+        return std::string(name ? name : "");
+    });
+}
+
+std::optional<int> Raster::EpsgCode() const {
+    return AskReference<std::optional<int>>(
+        SpatialReference(), std::nullopt, [](OGRSpatialReferenceH srs) -> std::optional<int> {
+            // The code the reference carries, else the one it matches outright.
+            const char* type = OSRGetAuthorityName(srs, nullptr);
+            if (!type || !EqualsNoCase(type, "EPSG")) {
+                if (OSRAutoIdentifyEPSG(srs) != OGRERR_NONE) return std::nullopt;
+                type = OSRGetAuthorityName(srs, nullptr);
+            }
+            const char* code = OSRGetAuthorityCode(srs, nullptr);
+            if (!type || !EqualsNoCase(type, "EPSG") || !code) return std::nullopt;
+            return std::atoi(code);
+        });
 }
 
 std::shared_ptr<RasterBand> Raster::Item(int index) {

@@ -3,6 +3,7 @@
 // statistics and attribute table, and the raster a computation works on.
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -34,11 +35,52 @@ struct RasterStatistics {
     std::int64_t validCells = 0;
 };
 
+struct Rgb {
+    std::uint8_t red = 0;
+    std::uint8_t green = 0;
+    std::uint8_t blue = 0;
+
+    bool operator==(const Rgb&) const = default;
+};
+
 struct AttributeRow {
     std::int32_t Value = 0;
     std::int64_t Count = 0;
+    // What the value stands for in a grid of classes; empty elsewhere.
+    std::string Class_Name;
+    std::optional<Rgb> color;
 };
 using AttributeTable = std::vector<AttributeRow>;
+
+// What a computed grid says of itself when it is stored, beyond its cells:
+// where it came from, and for a grid of classes what its values mean.
+struct GridDescription {
+    std::string expression;
+    // Bound name and the path of its grid, or the expression of a computed one.
+    std::vector<std::pair<std::string, std::string>> inputs;
+    // Further metadata items, key and value.
+    std::vector<std::pair<std::string, std::string>> items;
+    // Names and colours the rows of the grid's table; the stored file then
+    // carries them as its attribute table, colour table and category names.
+    std::function<void(AttributeTable&)> nameClasses;
+};
+
+// The program that writes grids, told in every grid it writes.
+struct WriterDescription {
+    std::string software;     // name and version
+    std::string commandLine;  // empty outside the command line
+};
+WriterDescription& Writer();
+
+// How grids are written.
+struct WriteSettings {
+    // A cloud-optimized GeoTIFF, with internal overviews (nearest for integer
+    // grids, average for floating ones) ahead of the cells; else a plain
+    // tiled GeoTIFF, written in one pass. Off by default: the second pass
+    // can cost more than the one-pass write itself (bench/, "overviews").
+    bool cloudOptimized = false;
+};
+WriteSettings& Writing();
 
 // An integer grid keeps a table up to this many distinct values.
 inline constexpr std::size_t kMaxTableValues = 65536;
@@ -103,6 +145,14 @@ public:
 
     const NodePtr& Node() const { return node_; }
 
+    // The dataset-level metadata items of a stored grid's file, in the file's
+    // order; none for a computed grid.
+    std::vector<std::pair<std::string, std::string>> StoredItems() const;
+
+    // What Copy stores with the cells of a computed grid.
+    GridDescription& Description() { return description_; }
+    const GridDescription& Description() const { return description_; }
+
 private:
     const GridSummary& Summary();
 
@@ -111,6 +161,7 @@ private:
     std::string name_;
     std::mutex summaryLock_;
     std::optional<GridSummary> summary_;
+    GridDescription description_;
 };
 
 class RasterBand {
@@ -133,6 +184,8 @@ public:
         : node_(std::move(node)), dataset_(std::move(dataset)) {}
 
     const NodePtr& Node() const { return node_; }
+    // The stored grid, or the computed one with its description.
+    const RasterDatasetPtr& Dataset() const { return dataset_; }
     const Grid& GetGrid() const { return node_->grid; }
     bool IsInteger() const { return node_->integer; }
 
@@ -140,6 +193,9 @@ public:
     Pnt MeanCellSize() const;
     std::string SpatialReference() const;
     bool IsProjected() const;
+    // The reference system's name, and its EPSG code when it has one.
+    std::string SpatialReferenceName() const;
+    std::optional<int> EpsgCode() const;
 
     // Band 0, the only one; any other index fails.
     std::shared_ptr<RasterBand> Item(int index);

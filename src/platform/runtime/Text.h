@@ -22,4 +22,7 @@ struct PathSplit {
 };
 PathSplit SplitAtLastSeparator(std::string_view path);
 
+// The text as a JSON string, quotes included.
+std::string JsonString(std::string_view text);
+
 }  // namespace halvane::runtime
