@@ -62,6 +62,16 @@ protected:
         EXPECT_LT(inside.bottom() - last.bottom(), 24) << page.Name();
     }
 
+    // The wizard started on a grid of 2.5 m cells in `folder`, its welcome page gone.
+    static void WizardOnAnInputGrid(const testing::TempDir& folder) {
+        testing::WriteGrid(folder / "multibeam.tif", {500000, 6000000, 2.5, 2.5, 8, 6},
+                           std::vector<double>(48, -20.0));
+        g_s_InputDataSet = "multibeam.tif";
+        g_s_InputDataPath = folder.Path().string();
+        StartWizard();
+        frmIntro.Hide();
+    }
+
     static void Photograph(PageSlot& page) {
         QWidget& window = page.Get();
         testing::SaveScreenshot(
@@ -98,12 +108,7 @@ TEST_F(PageLayoutTest, SetupPage) {
 
 TEST_F(PageLayoutTest, ResamplingPageWithItsInputGrid) {
     testing::TempDir folder;
-    testing::WriteGrid(folder / "multibeam.tif", {500000, 6000000, 2.5, 2.5, 8, 6},
-                       std::vector<double>(48, -20.0));
-    g_s_InputDataSet = "multibeam.tif";
-    g_s_InputDataPath = folder.Path().string();
-    StartWizard();
-    frmIntro.Hide();
+    WizardOnAnInputGrid(folder);
     frmZoneSetup_resampling.Show();
     Click(frmZoneSetup_resampling, "g_b_Resample(0)");
     Type(frmZoneSetup_resampling, "g_s_OutputDataSet", "multibeam5m");
@@ -121,12 +126,8 @@ TEST_F(PageLayoutTest, ResamplingPageWithItsInputGrid) {
 
 TEST_F(PageLayoutTest, BpiPagesOnTheirInputGrid) {
     testing::TempDir folder;
-    testing::WriteGrid(folder / "multibeam.tif", {500000, 6000000, 2.5, 2.5, 8, 6},
-                       std::vector<double>(48, -20.0));
-    g_s_InputDataSet = g_s_BPI_DataSet = "multibeam.tif";
-    g_s_InputDataPath = folder.Path().string();
-    StartWizard();
-    frmIntro.Hide();
+    WizardOnAnInputGrid(folder);
+    g_s_BPI_DataSet = g_s_InputDataSet;
     struct Scale {
         PageSlot& page;
         const char *inner, *outer, *scale, *name, *run, *option;
