@@ -2,8 +2,8 @@
 // a bug report would run them.
 //
 // Every *.replay script of this folder is one test. It runs against a fresh
-// folder of its own: ${DATA} holds the grids below and a text file,
-// notes.txt; ${WORK} is a working folder that holds one grid, "taken". Lines "#= {...}" are what the session
+// folder of its own: ${DATA} holds the grids below, a text file,
+// notes.txt, and a copy of every file of data/ here; ${WORK} is a working folder that holds one grid, "taken". Lines "#= {...}" are what the session
 // must show: the events the replay writes, of the kinds these lines name,
 // must be exactly these, in this order; events of other kinds may come
 // between them.
@@ -57,6 +57,13 @@ public:
         testing::WriteGrid(Data() + "/finestd.tif", tenMetres, Depths(tenMetres), true);
         testing::WriteGrid(Work() + "/taken.tif", tenMetres, Depths(tenMetres));
         std::ofstream(Data() + "/notes.txt") << "soundings of the 12th, not a grid\n";
+        // Files that scripts need as they are, such as dictionaries.
+        const fs::path files = fs::path(HALVANE_REPLAY_DIR) / "data";
+        if (fs::is_directory(files)) {
+            for (const auto& entry : fs::directory_iterator(files)) {
+                fs::copy_file(entry.path(), fs::path(Data()) / entry.path().filename());
+            }
+        }
     }
 
     std::string Data() const { return root_ / "data"; }

@@ -45,13 +45,22 @@ public:
     }
     JsonLine& Flag(const std::string& key, bool value) { return Raw(key, value ? "true" : "false"); }
     JsonLine& List(const std::string& key, const std::vector<std::string>& values) {
+        return Raw(key, ListOf(values));
+    }
+    // A table, row by row.
+    JsonLine& Rows(const std::string& key, const std::vector<std::vector<std::string>>& rows) {
         std::string list = "[";
-        for (const std::string& value : values) list += (list.size() > 1 ? "," : "") + Quoted(value);
+        for (const auto& row : rows) list += (list.size() > 1 ? "," : "") + ListOf(row);
         return Raw(key, list + "]");
     }
     void WriteTo(std::ostream& out) const { out << body_ << "}\n" << std::flush; }
 
 private:
+    static std::string ListOf(const std::vector<std::string>& values) {
+        std::string list = "[";
+        for (const std::string& value : values) list += (list.size() > 1 ? "," : "") + Quoted(value);
+        return list + "]";
+    }
     JsonLine& Raw(const std::string& key, const std::string& value) {
         body_ += (body_.empty() ? "{" : ",") + Quoted(key) + ":" + value;
         return *this;
@@ -579,7 +588,20 @@ private:
         if (auto* option = qobject_cast<QRadioButton*>(&widget)) {
             value.Flag("checked", option->isChecked());
         }
+        if (auto* grid = qobject_cast<QAbstractItemView*>(&widget); grid && grid->model()) {
+            value.Rows("cells", CellsOf(*grid->model()));
+        }
         value.WriteTo(out_);
+    }
+
+    static std::vector<std::vector<std::string>> CellsOf(const QAbstractItemModel& model) {
+        std::vector<std::vector<std::string>> rows(model.rowCount());
+        for (int row = 0; row < model.rowCount(); ++row) {
+            for (int col = 0; col < model.columnCount(); ++col) {
+                rows[row].push_back(model.index(row, col).data().toString().toStdString());
+            }
+        }
+        return rows;
     }
 
     static std::string TextOf(QWidget& widget) {
