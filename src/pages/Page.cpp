@@ -23,7 +23,7 @@
 #include "platform/map/Application.h"
 #include "platform/map/Layers.h"
 #include "platform/map/Map.h"
-#include "host/HTMLHelp.h"
+#include "platform/reporting/HTMLHelp.h"
 
 namespace halvane::pages {
 namespace {

@@ -14,9 +14,9 @@
 #include <string>
 #include <vector>
 
-#include "host/ErrorHandling.h"
 #include "platform/map/Fwd.h"
 #include "platform/raster/Fwd.h"
+#include "platform/reporting/ErrorHandling.h"
 #include "platform/runtime/Failure.h"
 
 class QAbstractButton;

@@ -465,6 +465,16 @@ WriterDescription& Writer() {
     return writer;
 }
 
+bool IsRaster(const std::string& path) {
+    EnsureGdal();
+    CPLPushErrorHandler(CPLQuietErrorHandler);
+    GDALDatasetH dataset =
+        GDALOpenEx(path.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY, nullptr, nullptr, nullptr);
+    CPLPopErrorHandler();
+    if (dataset) GDALClose(dataset);
+    return dataset != nullptr;
+}
+
 void EnsureGdal() {
     static std::once_flag once;
     std::call_once(once, [] {
