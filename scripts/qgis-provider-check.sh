@@ -65,7 +65,9 @@ for algorithm in classify bpi standardize slope resample rugosity calc; do
 done
 echo "qgis-provider-check: qgis_process lists the provider's seven algorithms"
 
-sample=$PWD/resources/sample/bathymetry.tif
+# A copy: QGIS keeps the statistics of the grids it opens in a file beside them.
+sample=$work/bathymetry.tif
+cp resources/sample/bathymetry.tif "$sample"
 dictionary=$PWD/resources/def_dict.xml
 # Radii other than the defaults, so that both sides must pass them on.
 $qgis_process run halvane:classify -- INPUT="$sample" DICTIONARY="$dictionary" \

@@ -5,6 +5,8 @@ QGIS's modules, QT_QPA_PLATFORM=offscreen, and halvane on PATH.
    in_qgis.py SAMPLE_GRID DICTIONARY"""
 
 import os
+import shutil
+import subprocess
 import sys
 import tempfile
 import unittest
@@ -19,6 +21,9 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."
 
 SAMPLE, DICTIONARY = [os.path.abspath(a) for a in sys.argv[1:3]]
 del sys.argv[1:3]
+# A copy: QGIS keeps the statistics of the grids it opens in a file beside them.
+HOLD = tempfile.TemporaryDirectory()
+SAMPLE = shutil.copy(SAMPLE, HOLD.name)
 
 QgsApplication.setPrefixPath("/usr", True)
 APP = QgsApplication([], False)
@@ -96,7 +101,42 @@ class InQgis(unittest.TestCase):
             processing.run("halvane:classify", {"INPUT": unprojected, "OUTPUT": out},
                            context=QgsProcessingContext(), feedback=QgsProcessingFeedback())
         self.assertIn("not projected", str(raised.exception))
-        self.assertEqual(os.listdir(self.dir.name), ["lonlat.tif"])
+        # (QGIS may keep the input's statistics beside it.)
+        self.assertEqual([f for f in os.listdir(self.dir.name) if not f.startswith("lonlat.tif")], [])
+
+    def test_each_step_writes_what_its_command_writes(self):
+        # Each algorithm against its command with the arguments it should
+        # pass, on a corner of the sample to keep it quick.
+        corner = os.path.join(self.dir.name, "corner.tif")
+        gdal.Translate(corner, SAMPLE, srcWin=[600, 0, 200, 200])
+        cli = os.path.join(self.dir.name, "cli")
+        # The CLI's own grids first: standardize reads the bpi grid.
+        commands = {
+            "bpi": (["--inner", "2", "--outer", "6", "--scale", "fine", "--name", "b", corner],
+                    {"INNER": 2, "OUTER": 6, "SCALE": 1, "INPUT": corner}),
+            "standardize": (["--scale", "fine", "--name", "s", os.path.join(cli, "b.tif")],
+                            {"SCALE": 1, "INPUT": os.path.join(cli, "b.tif")}),
+            "slope": (["--name", "sl", corner], {"INPUT": corner}),
+            "rugosity": (["--name", "r", corner], {"INPUT": corner}),
+            "resample": (["--name", "re", "--cell-size", "25", "--method", "Nearest Neighbor", corner],
+                         {"CELL_SIZE": 25, "METHOD": 2, "INPUT": corner}),
+            "calc": (["--name", "c", "--bind", "a=" + corner, "--bind", "b=" + corner,
+                      "con([a] < -300, [b] * 2, 0)"],
+                     {"EXPRESSION": "con([a] < -300, [b] * 2, 0)", "A": corner, "B": corner}),
+        }
+        for command, (args, parameters) in commands.items():
+            with self.subTest(command=command):
+                subprocess.run(["halvane", command, "--workdir", cli] + args, check=True,
+                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+                expected = os.path.join(cli, args[args.index("--name") + 1] + ".tif")
+                out = os.path.join(self.dir.name, command + ".tif")
+                processing.run("halvane:" + command, dict(parameters, OUTPUT=out),
+                               context=QgsProcessingContext(), feedback=QgsProcessingFeedback())
+                ours, theirs = gdal.Open(out), gdal.Open(expected)
+                self.assertEqual(ours.GetGeoTransform(), theirs.GetGeoTransform())
+                a, b = ours.ReadAsArray(), theirs.ReadAsArray()
+                self.assertTrue(numpy.array_equal(a, b, equal_nan=True), command)
+                self.assertGreater(len(numpy.unique(a)), 1, command)
 
     def test_rings_that_are_not_rings_are_refused_before_running(self):
         out = os.path.join(self.dir.name, "bpi.tif")
@@ -110,5 +150,6 @@ if __name__ == "__main__":
     result = unittest.main(exit=False).result
     sys.stdout.flush()
     sys.stderr.flush()
+    HOLD.cleanup()
     # The bindings crash while the interpreter tears them down; the verdict is in.
     os._exit(0 if result.wasSuccessful() else 1)
