@@ -115,11 +115,14 @@ class HalvaneAlgorithm(QgsProcessingAlgorithm):
         raise NotImplementedError
 
     def processAlgorithm(self, parameters, context, feedback):
-        program = runner.find_program(program_setting())
+        setting = program_setting()
+        program = runner.find_program(setting)
         if program is None:
+            where = ("%s, named in the Processing options, is no program" % setting if setting
+                     else "it is not on PATH")
             raise QgsProcessingException(
-                "halvane was not found: put it on PATH, or give its path in "
-                "Settings > Options > Processing > Providers > Halvane")
+                "halvane was not found (%s): give its path in "
+                "Settings > Options > Processing > Providers > Halvane" % where)
         args, grids = self.arguments(parameters, context, feedback)
         destinations = {}
         for output, grid in grids.items():

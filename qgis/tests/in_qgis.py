@@ -82,6 +82,8 @@ class InQgis(unittest.TestCase):
         names = dictionary_names(DICTIONARY)
         for value in values:
             self.assertEqual(labels.get(int(value)), names.get(int(value), "Overlap"), value)
+        # Only classes: no entries for values the grid cannot hold.
+        self.assertLessEqual(set(labels.values()), set(names.values()) | {"Overlap"})
         self.assertEqual(sorted(os.listdir(self.dir.name)), ["zones.tif", "zones.tif.aux.xml"])
 
     def test_cancel_leaves_nothing(self):
@@ -137,6 +139,27 @@ class InQgis(unittest.TestCase):
                 a, b = ours.ReadAsArray(), theirs.ReadAsArray()
                 self.assertTrue(numpy.array_equal(a, b, equal_nan=True), command)
                 self.assertGreater(len(numpy.unique(a)), 1, command)
+
+    def test_the_setting_chooses_the_program(self):
+        from processing.core.ProcessingConfig import ProcessingConfig
+        from halvane.algorithms import SETTING_PROGRAM
+        self.addCleanup(ProcessingConfig.setSettingValue, SETTING_PROGRAM, "")
+        out = os.path.join(self.dir.name, "slope.tif")
+        # A file that is no program: an error, not another halvane found on PATH.
+        ProcessingConfig.setSettingValue(SETTING_PROGRAM, DICTIONARY)
+        with self.assertRaises(QgsProcessingException) as raised:
+            processing.run("halvane:slope", {"INPUT": SAMPLE, "OUTPUT": out},
+                           context=QgsProcessingContext(), feedback=QgsProcessingFeedback())
+        self.assertIn("halvane was not found", str(raised.exception))
+        # Its folder will do, even with no halvane on PATH.
+        folder = os.path.dirname(shutil.which("halvane"))
+        path = os.environ["PATH"]
+        self.addCleanup(os.environ.__setitem__, "PATH", path)
+        os.environ["PATH"] = "/usr/bin:/bin"
+        ProcessingConfig.setSettingValue(SETTING_PROGRAM, folder)
+        processing.run("halvane:slope", {"INPUT": SAMPLE, "OUTPUT": out},
+                       context=QgsProcessingContext(), feedback=QgsProcessingFeedback())
+        self.assertTrue(os.path.isfile(out))
 
     def test_rings_that_are_not_rings_are_refused_before_running(self):
         out = os.path.join(self.dir.name, "bpi.tif")
