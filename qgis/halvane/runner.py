@@ -55,7 +55,10 @@ def _pump(stream, tag: str, chunks: "queue.Queue") -> None:
     decoder = codecs.getincrementaldecoder("utf-8")(errors="replace")
     fd = stream.fileno()
     while True:
-        data = os.read(fd, 4096)
+        try:
+            data = os.read(fd, 4096)
+        except OSError:
+            break
         if not data:
             break
         chunks.put((tag, decoder.decode(data)))
@@ -166,6 +169,10 @@ def run(program: str, command: str, arguments: Sequence[str], outputs: Dict[str,
         finally:
             if process.poll() is None:
                 _stop(process)
+            # The pumps end at the pipes' end, which the stopped group gives;
+            # their descriptors are closed only then, not from under them.
+            for pump in pumps:
+                pump.join(timeout=2.0)
             for stream in (process.stdout, process.stderr):
                 stream.close()
         shown = len(reader.lines)
