@@ -16,7 +16,7 @@ from qgis.core import QgsApplication, QgsProject, QgsRasterLayer  # noqa: E402
 from qgis.gui import QgsLayerTreeMapCanvasBridge, QgsLayerTreeView, QgsMapCanvas  # noqa: E402
 from qgis.core import QgsLayerTreeModel  # noqa: E402
 from qgis.PyQt.QtCore import Qt  # noqa: E402
-from qgis.PyQt.QtWidgets import QApplication, QHBoxLayout, QSplitter, QWidget  # noqa: E402
+from qgis.PyQt.QtWidgets import QHBoxLayout, QSplitter, QWidget  # noqa: E402
 
 QgsApplication.setPrefixPath("/usr", True)
 app = QgsApplication([], True)

@@ -4,7 +4,6 @@ import os
 from typing import Dict, List, Optional, Tuple
 
 from qgis.core import (
-    QgsProcessing,
     QgsProcessingAlgorithm,
     QgsProcessingContext,
     QgsProcessingException,
