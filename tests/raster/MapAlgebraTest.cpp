@@ -228,6 +228,17 @@ TEST(AlignmentTest, PartlyOverlappingGridsMeetOnTheFirstLattice) {
     // not a stack overflow; 200 levels still parse.
     EXPECT_THROW(apart.Execute(std::string(100000, '(') + "[a]"), runtime::Failure);
     EXPECT_NO_THROW(apart.Execute(std::string(199, '(') + "[a]" + std::string(199, ')')));
+    // Operators in a row build a tree as deep: 30 000 of them overflowed the
+    // stack of a sanitized build; 4096 still evaluate.
+    const auto chain = [](int operators) {
+        std::string text = "[a]";
+        for (int i = 0; i < operators; ++i) text += i % 2 ? "+[a]" : "-[a]";
+        return text;
+    };
+    EXPECT_THROW(apart.Execute(chain(30000)), runtime::Failure);
+    RasterPtr longest = apart.Execute(chain(4096));
+    // 2048 subtractions and 2048 additions of the same cells leave them as they were.
+    ExpectCells(testing::ReadAll(longest), testing::ReadAll(testing::OpenRaster(dir / "a.tif")));
 }
 
 TEST(ResampleTest, CubicReproducesPlanesAndFallsBackToNearest) {

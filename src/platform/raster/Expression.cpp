@@ -62,6 +62,13 @@ private:
 
     ExprPtr Operator(ExprKind kind, std::size_t position, std::string op, ExprPtr lhs,
                      ExprPtr rhs) {
+        // A chain of operators builds a tree as deep as it is long, which the
+        // evaluator walks recursively: a limit keeps a pathological text from
+        // overflowing the stack, as the nesting limit does for brackets.
+        if (++operators_ > kMaxOperators) {
+            pos_ = position;
+            Fail("more than " + std::to_string(kMaxOperators) + " operators");
+        }
         ExprPtr expr = Node(kind, position, std::move(op));
         expr->operands.push_back(std::move(lhs));
         expr->operands.push_back(std::move(rhs));
@@ -212,7 +219,9 @@ private:
     std::string_view text_;
     std::size_t pos_ = 0;
     int depth_ = 0;
+    int operators_ = 0;
     static constexpr int kMaxNesting = 200;
+    static constexpr int kMaxOperators = 4096;
 };
 
 }  // namespace
