@@ -1,5 +1,6 @@
 #include "pages/DictionaryGrid.h"
 
+#include <QFontMetrics>
 #include <QHeaderView>
 #include <algorithm>
 #include <cmath>
@@ -27,6 +28,7 @@ DictionaryGrid::DictionaryGrid(QWidget* parent, int cols, int rows, int fixedRow
     : QTableWidget(parent), fixedRows_(fixedRows), fixedCols_(fixedCols) {
     // The headings are cells of the table itself, not the view's headers.
     horizontalHeader()->hide();
+    horizontalHeader()->setMinimumSectionSize(1);
     verticalHeader()->hide();
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -123,6 +125,28 @@ void DictionaryGrid::MergeRow0() {
         while (end < columnCount() && !text.isEmpty() && item(0, end)->text() == text) ++end;
         if (end - col > 1 || columnSpan(0, col) > 1) setSpan(0, col, 1, end - col);
         col = end;
+    }
+}
+
+void DictionaryGrid::FitHeadings() {
+    // The widths were chosen for a smaller font than most desktops use: a
+    // column grows, never shrinks, until its headings read in full.
+    constexpr int kPadding = 8;
+    const QFontMetrics metrics(font());
+    const auto needs = [&](int row, int col) {
+        return metrics.horizontalAdvance(item(row, col)->text()) + kPadding;
+    };
+    for (int row = 0; row < fixedRows_; ++row) {
+        for (int col = 0; col < columnCount(); col += std::max(1, columnSpan(row, col))) {
+            const int span = std::max(1, columnSpan(row, col));
+            int width = 0;
+            for (int i = 0; i < span; ++i) width += columnWidth(col + i);
+            const int missing = needs(row, col) - width;
+            if (missing <= 0) continue;
+            for (int i = 0; i < span; ++i) {
+                setColumnWidth(col + i, columnWidth(col + i) + (missing + span - 1) / span);
+            }
+        }
     }
 }
 

@@ -50,6 +50,8 @@ public:
     void ColWidth(int col, int twips);
     // Row 0 shows equal neighbouring texts as one cell.
     void MergeRow0();
+    // Widens columns whose fixed rows' texts would not show in full.
+    void FitHeadings();
     // Adds an empty row at the end.
     void AddItem();
     // Removes a row; the last body row stays.

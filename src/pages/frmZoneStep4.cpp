@@ -297,6 +297,9 @@ void frmZoneStep4Page::FillForm() {
         const classification::clsXMLPrjFile& dictionary = runtime::Deref(m_prjFile);
         g_s_ClassDictionary_Name->setText(Text(dictionary.PrjName));
         g_s_ClassDictionary_Description->setText(Text(dictionary.PRJDescription));
+        // Long descriptions read from their beginning.
+        g_s_ClassDictionary_Name->setCursorPosition(0);
+        g_s_ClassDictionary_Description->setCursorPosition(0);
         const classification::clsClassificationRecs& records =
             runtime::Deref(dictionary.Classifications);
         m_iClassCount = runtime::CInt(static_cast<double>(records.Count()));
@@ -333,6 +336,7 @@ void frmZoneStep4Page::LayOutGrid() {
         grdClass->TextMatrix(1, col, kGridColumns[col].subHeading);
     }
     grdClass->MergeRow0();
+    grdClass->FitHeadings();
     ColourOptionalFields(kFirstBodyRow);
 }
 
