@@ -253,7 +253,13 @@ TEST_P(CommandClickTest, SetsTheRunModeHandsTheApplicationOnAndShowsItsWindow) {
         }
     }
     if (click.shows) {
-        EXPECT_TRUE(ui.Events().empty());
+        // Nothing to answer or read; a page that loads a file at its load
+        // (the dictionary editor) only shows the busy pointer meanwhile.
+        std::vector<ui::Event> seen;
+        for (const ui::Event& event : ui.Events()) {
+            if (event.kind != "pointer") seen.push_back(event);
+        }
+        EXPECT_TRUE(seen.empty());
     } else {
         // Help: the introduction topic, with no owner window.
         EXPECT_EQ(ui.Events(),

@@ -8,6 +8,7 @@
 #include <QAbstractButton>
 #include <QLabel>
 #include <QLineEdit>
+#include <QTableWidget>
 #include <QToolButton>
 
 #include "support/GridFiles.h"
@@ -278,6 +279,54 @@ TEST_F(PageLayoutTest, StandardizationPageOnBothTabs) {
     ExpectBeside(frmZoneStep3, "cmdAboutBPIGridStandardization", "cmdBack");
     ExpectBeside(frmZoneStep3, "cmdBack", "cmdNext");
     ExpectBeside(frmZoneStep3, "cmdNext", "cmdCancel");
+}
+
+TEST_F(PageLayoutTest, DictionaryEditorWithTheDefaultDictionary) {
+    g_b_StandAloneRun = false;
+    frmZoneStep4.Show();
+    EXPECT_EQ(Text(frmZoneStep4, "Label1"), "Create / edit classification dictionary");
+    ExpectBeside(frmZoneStep4, "txt_Classification_Dictionary", "cmd_ClassDictionary_Browse");
+    ExpectBeside(frmZoneStep4, "lblFileName", "txtFileName");
+    ExpectBeside(frmZoneStep4, "lblTitle", "g_s_ClassDictionary_Name");
+    ExpectBeside(frmZoneStep4, "lblDescription", "g_s_ClassDictionary_Description");
+    ExpectBeside(frmZoneStep4, "Shape1", "Label5");
+    ExpectBeside(frmZoneStep4, "Label5", "cmdAddRecord");
+    ExpectBeside(frmZoneStep4, "cmdAddRecord", "cmdDelRecord");
+    ExpectBeside(frmZoneStep4, "cmdDelRecord", "cmdSave");
+    ExpectBeside(frmZoneStep4, "cmdAbout_ClassDictionary", "cmdBack");
+    ExpectBeside(frmZoneStep4, "cmdBack", "cmdNext");
+    ExpectBeside(frmZoneStep4, "cmdNext", "cmdCancel");
+    // The grid and its buttons in their frame, the grid below the boxes.
+    const QRect frame = Frame(frmZoneStep4, "Frame1");
+    for (const char* inside : {"txtFileName", "grdClass", "cmdSave"}) {
+        EXPECT_TRUE(frame.contains(Frame(frmZoneStep4, inside))) << inside;
+    }
+    EXPECT_LE(Frame(frmZoneStep4, "g_s_ClassDictionary_Description").bottom(),
+              Frame(frmZoneStep4, "grdClass").top());
+    ExpectWholeDialog(frmZoneStep4, "cmdCancel");
+
+    // Every heading reads in full, and the default dictionary's rows and all
+    // columns show without scrolling.
+    auto* grid = Find<QTableWidget>(frmZoneStep4, "grdClass");
+    ASSERT_NE(grid, nullptr);
+    const QFontMetrics metrics(grid->font());
+    int width = 0;
+    for (int col = 0; col < grid->columnCount(); ++col) {
+        width += grid->columnWidth(col);
+        const int span = grid->columnSpan(0, col);
+        int spanned = 0;
+        for (int i = 0; i < span; ++i) spanned += grid->columnWidth(col + i);
+        for (auto [row, room] : {std::pair{0, spanned}, {1, grid->columnWidth(col)}}) {
+            const QString heading = grid->item(row, col)->text();
+            EXPECT_LE(metrics.horizontalAdvance(heading) + 4, room)
+                << heading.toStdString() << " in column " << col;
+        }
+    }
+    int height = 0;
+    for (int row = 0; row < grid->rowCount(); ++row) height += grid->rowHeight(row);
+    EXPECT_GE(grid->viewport()->width(), width);
+    EXPECT_GE(grid->viewport()->height(), height);
+    Photograph(frmZoneStep4);
 }
 
 }  // namespace
