@@ -2,6 +2,7 @@
 
 #include <QBoxLayout>
 #include <QFont>
+#include <QFontMetrics>
 #include <QHeaderView>
 #include <QLabel>
 #include <QTableWidget>
@@ -65,7 +66,16 @@ QBoxLayout* ClassListPage::NewClassList() {
     GridList->setEditTriggers(QAbstractItemView::NoEditTriggers);
     GridList->setSelectionMode(QAbstractItemView::SingleSelection);
     GridList->setWordWrap(false);
-    GridList->setMinimumSize(TwipsToPixels(kClassWidth + kZoneWidth) + 24, 200);
+    GridList->setTextElideMode(Qt::ElideNone);
+    // The small type of a classic grid, in which "Class" fits its 600 twips,
+    // and rows as close, so that a dozen classes show at once.
+    QFont small = GridList->font();
+    small.setPointSizeF(small.pointSizeF() - 1);
+    GridList->setFont(small);
+    const int rowHeight = QFontMetrics(small).height() + 6;
+    GridList->verticalHeader()->setMinimumSectionSize(rowHeight);
+    GridList->verticalHeader()->setDefaultSectionSize(rowHeight);
+    GridList->setMinimumSize(TwipsToPixels(kClassWidth + kZoneWidth) + 24, 13 * rowHeight + 8);
     column->addWidget(GridList, 1);
     return column;
 }

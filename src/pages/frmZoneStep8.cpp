@@ -54,6 +54,9 @@ frmZoneStep8Page::frmZoneStep8Page(PageSlot& slot) : ClassListPage(slot, kModule
         caption->setWordWrap(false);
         value = Bold(NewLabel(valueName, {}, nullptr));
         value->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        // A long path is cut at the page's edge rather than widen the page.
+        value->setWordWrap(false);
+        value->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
         facts->addWidget(caption, row, 0, Qt::AlignTop);
         facts->addWidget(value, row, 1, Qt::AlignTop);
         ++row;
@@ -81,12 +84,12 @@ frmZoneStep8Page::frmZoneStep8Page(PageSlot& slot) : ClassListPage(slot, kModule
     inputs->addLayout(name);
     inputs->addStretch(1);
 
-    columns->addLayout(NewClassList(), 1);
+    columns->addLayout(NewClassList(), 0);
 
     cmdBack = NewButton("cmdBack", QStringLiteral("<- Back"), ButtonRow());
     cmdFinish = NewButton("cmdFinish", QStringLiteral("Finish"), ButtonRow());
     cmdCancel = NewButton("cmdCancel", QStringLiteral("Cancel"), ButtonRow());
-    resize(780, 420);
+    resize(920, 440);
 
     OnChange(g_s_OutputDataSet, "g_s_OutputDataSet_Change", kPassOn,
              [this] { halvane::g_s_OutputDataSet = g_s_OutputDataSet->text().toStdString(); });

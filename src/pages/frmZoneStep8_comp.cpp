@@ -28,7 +28,7 @@ frmZoneStep8_compPage::frmZoneStep8_compPage(PageSlot& slot)
     Body()->addLayout(NewClassList(), 1);
     cmdCreateRug = NewButton("cmdCreateRug", QStringLiteral("Create Rugosity Grids"), ButtonRow());
     cmdCancel = NewButton("cmdCancel", QStringLiteral("Exit"), ButtonRow());
-    resize(480, 440);
+    resize(500, 580);
 
     // No hand-over: g_frm_PreviousPage stays with the page before the run,
     // and the session stays for the rugosity page to find its grid in.
