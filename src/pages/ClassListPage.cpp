@@ -141,7 +141,9 @@ void ClassListPage::LoadXMLFile() {
     });
 }
 
-void ClassListPage::NewDictionary() { m_prjFile = std::make_shared<classification::clsXMLPrjFile>(); }
+void ClassListPage::NewDictionary() {
+    m_prjFile = std::make_shared<classification::clsXMLPrjFile>();
+}
 
 void ClassListPage::LoadSessionDictionary() {
     // An empty path, or one that does not load, lists nothing and says nothing.

@@ -75,7 +75,8 @@ frmZoneStep8Page::frmZoneStep8Page(PageSlot& slot) : ClassListPage(slot, kModule
     inputs->addLayout(facts);
     inputs->addSpacing(16);
     Label1 = Bold(NewLabel("Label1", QStringLiteral("Output parameters"), inputs));
-    Label67 = NewLabel("Label67", QStringLiteral("Please specify an output data set name:"), inputs);
+    Label67 =
+        NewLabel("Label67", QStringLiteral("Please specify an output data set name:"), inputs);
     g_s_OutputDataSet = NewBox("g_s_OutputDataSet", kLongestTypedName);
     g_s_OutputDataSet->setMinimumWidth(160);
     auto* name = new QHBoxLayout;

@@ -45,8 +45,8 @@ void frmZoneStep8_compPage::Form_Load() {
         m_frmPrevious = g_frm_PreviousPage;
         DesignGridLayout();
         NewDictionary();
-        g_s_OutputDataSet->setText(QString::fromStdString(
-            g_s_WorkingDir + runtime::kPathSeparator + halvane::g_s_OutputDataSet));
+        g_s_OutputDataSet->setText(QString::fromStdString(g_s_WorkingDir + runtime::kPathSeparator +
+                                                          halvane::g_s_OutputDataSet));
         // The file is read once more: the list is what it holds now.
         LoadSessionDictionary();
     });

@@ -40,8 +40,7 @@ bool Filled(const QLineEdit* box, const char* message, const char* title) {
 
 }  // namespace
 
-frmZoneStep8_reqdataPage::frmZoneStep8_reqdataPage(PageSlot& slot)
-    : ClassListPage(slot, kModule) {
+frmZoneStep8_reqdataPage::frmZoneStep8_reqdataPage(PageSlot& slot) : ClassListPage(slot, kModule) {
     auto* columns = new QHBoxLayout;
     columns->setSpacing(24);
     Body()->addLayout(columns);
@@ -88,7 +87,8 @@ frmZoneStep8_reqdataPage::frmZoneStep8_reqdataPage(PageSlot& slot)
     // Right, the output and the classes.
     auto* output = new QVBoxLayout;
     Label1 = Bold(NewLabel("Label1", QStringLiteral("Output parameters"), output));
-    Label67 = NewLabel("Label67", QStringLiteral("Please specify an output data set name:"), output);
+    Label67 =
+        NewLabel("Label67", QStringLiteral("Please specify an output data set name:"), output);
     g_s_OutputDataSet = NewBox("g_s_OutputDataSet", kLongestTypedName);
     g_s_OutputDataSet->setMinimumWidth(160);
     auto* name = new QHBoxLayout;
@@ -183,8 +183,7 @@ void frmZoneStep8_reqdataPage::cmdNext_Click() {
                 kSelectInput) ||
         !Filled(g_sbpi_std, "Please specify a Fine scale standardized dataset before continuing.",
                 kSelectInput) ||
-        !Filled(g_lbpi_std,
-                "Please specify a Broad scale standardized dataset before continuing.",
+        !Filled(g_lbpi_std, "Please specify a Broad scale standardized dataset before continuing.",
                 kSelectInput) ||
         !Filled(txt_Classification_Dictionary,
                 "Please specify a Classification Dictionary before continuing.", kSelectInput) ||

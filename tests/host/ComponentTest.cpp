@@ -253,7 +253,8 @@ TEST_P(CommandClickTest, SetsTheRunModeHandsTheApplicationOnAndShowsItsWindow) {
         }
     }
     if (click.shows) {
-        EXPECT_TRUE(ui.Events().empty());
+        // Nothing but the busy pointer of a page that lists a dictionary.
+        for (const ui::Event& event : ui.Events()) EXPECT_EQ(event.kind, "pointer");
     } else {
         // Help: the introduction topic, with no owner window.
         EXPECT_EQ(ui.Events(),

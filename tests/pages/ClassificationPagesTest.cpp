@@ -32,8 +32,8 @@ void WriteDictionary(const std::string& path, const std::vector<Class>& classes)
     int id = 2;
     for (const Class& c : classes) {
         file << "\t\t<ClassRec ID=\"" << id++ << "\">\n\t\t\t<Class>" << c.number
-             << "</Class>\n\t\t\t<Zone>" << c.zone
-             << "</Zone>\n\t\t\t<SSB_LowerBounds>" << c.number * 10 << "</SSB_LowerBounds>\n";
+             << "</Class>\n\t\t\t<Zone>" << c.zone << "</Zone>\n\t\t\t<SSB_LowerBounds>"
+             << c.number * 10 << "</SSB_LowerBounds>\n";
         for (const char* bound :
              {"SSB_UpperBounds", "LSB_LowerBounds", "LSB_UpperBounds", "Slope_LowerBounds",
               "Slope_UpperBounds", "Depth_LowerBounds", "Depth_UpperBounds"}) {
@@ -188,7 +188,8 @@ TEST_F(ClassificationPagesTest, EachPageReadsTheDictionaryFileAgainWhenItLoads) 
     }
     Click(frmZoneStep8_reqdata, "cmdNext");
     ASSERT_EQ(ShownPages(), std::vector<std::string>{"frmZoneStep8"});
-    EXPECT_EQ(Cells(frmZoneStep8), (Rows{{"Class", "Description"}, {"6", "Shelf"}, {"7", "Canyon"}}));
+    EXPECT_EQ(Cells(frmZoneStep8),
+              (Rows{{"Class", "Description"}, {"6", "Shelf"}, {"7", "Canyon"}}));
     EXPECT_EQ(frmZoneStep8->m_iClassCount, 2);
     // The first 10 and the last 15 characters of the session's path, as it stands.
     const std::string& full = g_s_ClassDictionary_Path;

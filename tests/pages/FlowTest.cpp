@@ -70,7 +70,7 @@ protected:
         EXPECT_EQ(Reports().size(), reportsBefore);
     }
 
-    static const Event& kMapQuestion() {
+    static const Event& MapQuestion() {
         static const Event question{"question",
                                     "Calculation complete. Would you like to add data to the map?",
                                     "Add Data to Map?", ui::vbYesNo};
@@ -218,7 +218,7 @@ TEST_F(FlowTest, TheFullRouteGoesBackPageByPageAndForwardAgainAsItStood) {
     EXPECT_EQ(ShownPages(), Only("frmRugosity"));
     Click(frmRugosity, "cmdBack");
     EXPECT_EQ(ShownPages(), Only("frmZoneStep4"));
-    EXPECT_EQ(ui.Messages(), std::vector<Event>{kMapQuestion()});
+    EXPECT_EQ(ui.Messages(), std::vector<Event>{MapQuestion()});
 }
 
 TEST_F(FlowTest, TheShortRouteGoesBackFromTheDictionaryToTheSetupPage) {
@@ -250,7 +250,7 @@ TEST_F(FlowTest, TheCompletionPagesEndTheRunThroughTheExitQuestion) {
     ui.Answer(ui::vbYes);
     Click(frmRugosity_comp, "cmdNext");  // "Close"
     FlushUnloads();
-    EXPECT_EQ(ui.Messages(), (std::vector<Event>{kMapQuestion(),
+    EXPECT_EQ(ui.Messages(), (std::vector<Event>{MapQuestion(),
                                                  {"question", kExitQuestion, "Exit?", ui::vbYesNo},
                                                  {"question", kExitQuestion, "Exit?", ui::vbYesNo}}));
     EXPECT_TRUE(LoadedPages().empty());
