@@ -4,8 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <QPushButton>
+#include <filesystem>
 #include <functional>
 
+#include "classification/clsXMLPrjFile.h"
+#include "pages/frmZoneStep8.h"
+#include "support/GridFiles.h"
 #include "support/PageDesktop.h"
 
 namespace halvane {
@@ -30,12 +34,50 @@ protected:
         g_s_LS_BPI_InputDataSet = "fine";
     }
     static Names Only(const char* page) { return {page}; }
-    // What Finish does once the final run went through: no hand-over.
-    static void ShowCompletionAsFinishDoes() {
-        frmZoneStep8.Hide();
-        frmZoneStep8_comp.Show();
-        EXPECT_EQ(ShownPages(), Only("frmZoneStep8_comp"));
+
+    // Grids and the default dictionary that a Finish runs on, in the session
+    // as the stages before the final page leave them.
+    void SessionReadyToFinish() {
+        const raster::Grid grid{500000, 6000000, 10, 10, 6, 5};
+        std::vector<double> depths(30), positions(30);
+        for (std::size_t i = 0; i < depths.size(); ++i) {
+            depths[i] = -20.0 - static_cast<double>(i % 7);
+            positions[i] = static_cast<double>(i % 5) * 60.0 - 120.0;
+        }
+        testing::WriteGrid(folder_ / "dem.tif", grid, depths);
+        testing::WriteGrid(folder_ / "broadstd.tif", grid, positions, true);
+        testing::WriteGrid(folder_ / "finestd.tif", grid, positions, true);
+        g_s_WorkingDir = folder_ / "work";
+        std::filesystem::create_directories(g_s_WorkingDir);
+        g_s_BPI_DataSet = "dem.tif";
+        g_s_BPI_DataPath = folder_.Path().string();
+        g_p_BPI_RasterDataset = raster::RasterDataset::Open(folder_ / "dem.tif");
+        g_p_SmScale_Std_RasterDataset = raster::RasterDataset::Open(folder_ / "broadstd.tif");
+        g_p_LgScale_Std_RasterDataset = raster::RasterDataset::Open(folder_ / "finestd.tif");
+        g_s_ClassDictionary_Path = classification::DefaultDictionaryPath();
     }
+
+    // Finish on the final page, the map declined: the zone grid is written
+    // and the completion page shows, without a hand-over.
+    void FinishDecliningTheMap() {
+        PageSlot* const handedOver = g_frm_PreviousPage;
+        const std::size_t reportsBefore = Reports().size();
+        ui.Answer(ui::vbNo);
+        Click(frmZoneStep8, "cmdFinish");
+        EXPECT_EQ(ShownPages(), Only("frmZoneStep8_comp"));
+        EXPECT_EQ(g_frm_PreviousPage, handedOver);
+        EXPECT_TRUE(std::filesystem::exists(g_s_WorkingDir + "/ZONES.tif"));
+        EXPECT_EQ(Reports().size(), reportsBefore);
+    }
+
+    static const Event& MapQuestion() {
+        static const Event question{"question",
+                                    "Calculation complete. Would you like to add data to the map?",
+                                    "Add Data to Map?", ui::vbYesNo};
+        return question;
+    }
+
+    testing::TempDir folder_;
 };
 
 TEST_F(FlowTest, NextFromTheWelcomePageHandsOverAndBackReturnsToIt) {
@@ -154,8 +196,10 @@ TEST_F(FlowTest, TheFullRouteGoesBackPageByPageAndForwardAgainAsItStood) {
         Click(step.page, "cmdNext");
     }
 
-    // Back from the final page unloads it; the next visit loads it afresh.
+    // Back from the final page unloads it; the next visit loads it afresh,
+    // and reads the dictionary that the session names now.
     ASSERT_EQ(ShownPages(), Only("frmZoneStep8"));
+    SessionReadyToFinish();
     QWidget* firstVisit = &frmZoneStep8.Get();
     Click(frmZoneStep8, "cmdBack");
     EXPECT_EQ(ShownPages(), Only("frmZoneStep4"));
@@ -164,15 +208,17 @@ TEST_F(FlowTest, TheFullRouteGoesBackPageByPageAndForwardAgainAsItStood) {
     EXPECT_NE(&frmZoneStep8.Get(), firstVisit);
     EXPECT_EQ(frmZoneStep8.Get().m_frmPrevious, &frmZoneStep4);
 
-    // Finish (once its run went through) and Create Rugosity Grids hand over
-    // without writing the link, so Back on the rugosity page skips both the
-    // final and the completion page.
-    ShowCompletionAsFinishDoes();
+    EXPECT_EQ(frmZoneStep8->m_iClassCount, 12);
+
+    // Finish and Create Rugosity Grids hand over without writing the link,
+    // so Back on the rugosity page skips both the final and the completion
+    // page.
+    FinishDecliningTheMap();
     Click(frmZoneStep8_comp, "cmdCreateRug");
     EXPECT_EQ(ShownPages(), Only("frmRugosity"));
     Click(frmRugosity, "cmdBack");
     EXPECT_EQ(ShownPages(), Only("frmZoneStep4"));
-    EXPECT_TRUE(ui.Messages().empty());
+    EXPECT_EQ(ui.Messages(), std::vector<Event>{MapQuestion()});
 }
 
 TEST_F(FlowTest, TheShortRouteGoesBackFromTheDictionaryToTheSetupPage) {
@@ -187,10 +233,10 @@ TEST_F(FlowTest, TheShortRouteGoesBackFromTheDictionaryToTheSetupPage) {
 }
 
 TEST_F(FlowTest, TheCompletionPagesEndTheRunThroughTheExitQuestion) {
-    SessionWithAllInputs();
+    SessionReadyToFinish();
     g_frm_PreviousPage = &frmZoneStep4;  // the wizard came through the dictionary
     frmZoneStep8.Show();
-    ShowCompletionAsFinishDoes();
+    FinishDecliningTheMap();
     ui.Answer(ui::vbNo);
     Click(frmZoneStep8_comp, "cmdCancel");  // "Exit", asked though all is saved
     EXPECT_EQ(ShownPages(), Only("frmZoneStep8_comp"));
@@ -204,18 +250,27 @@ TEST_F(FlowTest, TheCompletionPagesEndTheRunThroughTheExitQuestion) {
     ui.Answer(ui::vbYes);
     Click(frmRugosity_comp, "cmdNext");  // "Close"
     FlushUnloads();
-    EXPECT_EQ(ui.Messages().size(), 2u);
+    EXPECT_EQ(ui.Messages(), (std::vector<Event>{MapQuestion(),
+                                                 {"question", kExitQuestion, "Exit?", ui::vbYesNo},
+                                                 {"question", kExitQuestion, "Exit?", ui::vbYesNo}}));
     EXPECT_TRUE(LoadedPages().empty());
     EXPECT_EQ(g_s_WorkingDir, "");
 }
 
 TEST_F(FlowTest, StandAloneClassificationLeadsRugosityBackToItsEntry) {
     g_b_StandAloneRun = true;
+    SessionReadyToFinish();
     frmZoneStep8_reqdata.Show();
     EXPECT_FALSE(Visible(frmZoneStep8_reqdata, "cmdBack"));
     EXPECT_EQ(Text(frmZoneStep8_reqdata, "cmdNext"), "Next");
+    // Paths typed by hand pass Next; the session's values are what runs.
+    for (const char* box : {"g_s_InputDataSet", "g_sbpi_std", "g_lbpi_std",
+                            "txt_Classification_Dictionary"}) {
+        Type(frmZoneStep8_reqdata, box, "typed by hand");
+    }
     Click(frmZoneStep8_reqdata, "cmdNext");
-    ShowCompletionAsFinishDoes();
+    EXPECT_EQ(ShownPages(), Only("frmZoneStep8"));
+    FinishDecliningTheMap();
     Click(frmZoneStep8_comp, "cmdCreateRug");
     Click(frmRugosity, "cmdBack");
     EXPECT_EQ(ShownPages(), Only("frmZoneStep8_reqdata"));

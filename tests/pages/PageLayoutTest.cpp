@@ -8,9 +8,11 @@
 #include <QAbstractButton>
 #include <QLabel>
 #include <QLineEdit>
+#include <QAbstractItemView>
 #include <QTableWidget>
 #include <QToolButton>
 
+#include "classification/clsXMLPrjFile.h"
 #include "support/GridFiles.h"
 #include "support/PageDesktop.h"
 #include "support/Screenshot.h"
@@ -327,6 +329,67 @@ TEST_F(PageLayoutTest, DictionaryEditorWithTheDefaultDictionary) {
     EXPECT_GE(grid->viewport()->width(), width);
     EXPECT_GE(grid->viewport()->height(), height);
     Photograph(frmZoneStep4);
+}
+
+TEST_F(PageLayoutTest, ClassificationPagesWithTheDefaultDictionary) {
+    g_b_StandAloneRun = true;
+    g_s_WorkingDir = "/data/survey/work";
+    g_s_BPI_DataSet = "multibeam.tif";
+    g_s_Save_SmScale_Std_Grid = "broad5std";
+    g_s_Save_LgScale_Std_Grid = "fine3std";
+    g_s_ClassDictionary_Path = classification::DefaultDictionaryPath();
+    g_s_OutputDataSet = "ZONES";
+
+    frmZoneStep8_reqdata.Show();
+    for (auto [box, browse] : {std::pair{"g_s_WorkingDir", "cmdOpenWS"},
+                               {"g_s_InputDataSet", "cmdInputBrowse"},
+                               {"g_lbpi_std", "cmdInputLSBPISTD"},
+                               {"g_sbpi_std", "cmdInputSSBPISTD"},
+                               {"txt_Classification_Dictionary", "cmd_ClassDictionary_Browse"}}) {
+        ExpectBeside(frmZoneStep8_reqdata, box, browse);
+    }
+    // The captions stand over their boxes, the inputs left of the classes.
+    EXPECT_LE(Frame(frmZoneStep8_reqdata, "Label5").bottom(),
+              Frame(frmZoneStep8_reqdata, "g_lbpi_std").top());
+    EXPECT_LE(Frame(frmZoneStep8_reqdata, "Label7").bottom(),
+              Frame(frmZoneStep8_reqdata, "g_sbpi_std").top());
+    EXPECT_LE(Frame(frmZoneStep8_reqdata, "cmdOpenWS").right(),
+              Frame(frmZoneStep8_reqdata, "GridList").left());
+    ExpectBeside(frmZoneStep8_reqdata, "cmdNext", "cmdCancel");
+    ExpectWholeDialog(frmZoneStep8_reqdata, "cmdCancel");
+    Photograph(frmZoneStep8_reqdata);
+    frmZoneStep8_reqdata.Hide();
+
+    frmZoneStep8.Show();
+    for (auto [caption, value] : {std::pair{"lbl_wd", "lblWorkingDir"},
+                                  {"Label3", "lblInputDataset"},
+                                  {"Label5", "lblLSBPI_STD"},
+                                  {"Label7", "lblSSBPI_STD"},
+                                  {"Label4", "lblClassDictDisp"}}) {
+        ExpectBeside(frmZoneStep8, caption, value);
+    }
+    EXPECT_LE(Frame(frmZoneStep8, "g_s_OutputDataSet").right(),
+              Frame(frmZoneStep8, "GridList").left());
+    ExpectBeside(frmZoneStep8, "cmdBack", "cmdFinish");
+    ExpectBeside(frmZoneStep8, "cmdFinish", "cmdCancel");
+    ExpectWholeDialog(frmZoneStep8, "cmdCancel");
+    Photograph(frmZoneStep8);
+    frmZoneStep8.Hide();
+
+    frmZoneStep8_comp.Show();
+    EXPECT_EQ(Text(frmZoneStep8_comp, "g_s_OutputDataSet"), "/data/survey/work/ZONES");
+    EXPECT_LE(Frame(frmZoneStep8_comp, "Label67").bottom(),
+              Frame(frmZoneStep8_comp, "g_s_OutputDataSet").top());
+    EXPECT_LE(Frame(frmZoneStep8_comp, "g_s_OutputDataSet").bottom(),
+              Frame(frmZoneStep8_comp, "GridList").top());
+    ExpectBeside(frmZoneStep8_comp, "cmdCreateRug", "cmdCancel");
+    ExpectWholeDialog(frmZoneStep8_comp, "cmdCancel");
+    // Every one of the twelve classes in sight, without scrolling.
+    auto* grid = Find<QAbstractItemView>(frmZoneStep8_comp, "GridList");
+    ASSERT_NE(grid, nullptr);
+    const QModelIndex last = grid->model()->index(grid->model()->rowCount() - 1, 1);
+    EXPECT_TRUE(grid->viewport()->rect().contains(grid->visualRect(last))) << "last class hidden";
+    Photograph(frmZoneStep8_comp);
 }
 
 }  // namespace

@@ -3,7 +3,9 @@
 //
 // Every *.replay script of this folder is one test. It runs against a fresh
 // folder of its own: ${DATA} holds the grids below, a text file,
-// notes.txt, and a copy of every file of data/ here; ${WORK} is a working folder that holds one grid, "taken". Lines "#= {...}" are what the session
+// notes.txt, and a copy of every file of data/ here; ${WORK} is a working
+// folder that holds one grid, "taken"; ${RESOURCES} is the folder beside the
+// programs that holds the default dictionary. Lines "#= {...}" are what the session
 // must show: the events the replay writes, of the kinds these lines name,
 // must be exactly these, in this order; events of other kinds may come
 // between them.
@@ -70,9 +72,12 @@ public:
     std::string Work() const { return root_ / "work"; }
     std::string Registry() const { return root_ / "registry"; }
     std::string Script() const { return root_ / "session.replay"; }
+    // The default dictionary and the help lie beside the program.
+    static std::string Resources() { return fs::path(HALVANE_DESKTOP).parent_path().string(); }
 
     std::string Expand(std::string text) const {
         text = std::regex_replace(text, std::regex(R"(\$\{DATA\})"), Data());
+        text = std::regex_replace(text, std::regex(R"(\$\{RESOURCES\})"), Resources());
         return std::regex_replace(text, std::regex(R"(\$\{WORK\})"), Work());
     }
 
@@ -215,6 +220,46 @@ TEST(ReplayedRun, TheWizardsGridsAreTheCommandLines) {
         EXPECT_GT(*std::max_element(wizard.begin(), wizard.end()), 0);
         EXPECT_LT(*std::min_element(wizard.begin(), wizard.end()), 0);
     }
+}
+
+// The classification command's zone grid, on the standardized grids that the
+// command line's bpi and standardize make, is the command line's whole
+// classify of the same bathymetry, cell for cell.
+TEST(ReplayedRun, TheClassificationCommandsZonesAreTheCommandLines) {
+    SessionFolder folder;
+    TempDir stages;
+    const QString work = QString::fromStdString(stages.Path().string());
+    const QString dem = QString::fromStdString(folder.Data() + "/dem.tif");
+    // The radii classify uses unless told: broad 1 to 5, fine 1 to 3.
+    ASSERT_EQ(Halvane({"bpi", "--workdir", work, "--inner", "1", "--outer", "5", "--scale", "broad",
+                       "--name", "broad5", dem}),
+              0);
+    ASSERT_EQ(Halvane({"bpi", "--workdir", work, "--inner", "1", "--outer", "3", "--scale", "fine",
+                       "--name", "fine3", dem}),
+              0);
+    for (const char* scale : {"broad5", "fine3"}) {
+        const QString bpi = QString::fromStdString(stages / (std::string(scale) + ".tif"));
+        ASSERT_EQ(Halvane({"standardize", "--workdir", work, "--name", QString(scale) + "std", bpi}), 0);
+    }
+    // In place of the fixture's grids of the same names, which the script browses.
+    fs::copy_file(stages / "broad5std.tif", folder.Data() + "/broadstd.tif",
+                  fs::copy_options::overwrite_existing);
+    fs::copy_file(stages / "fine3std.tif", folder.Data() + "/finestd.tif",
+                  fs::copy_options::overwrite_existing);
+
+    std::ifstream in(std::string(HALVANE_REPLAY_DIR) + "/classify-short-route.replay");
+    std::stringstream script;
+    script << in.rdbuf();
+    const Outcome outcome = folder.Replay(folder.Expand(script.str()));
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
+
+    TempDir whole;
+    ASSERT_EQ(Halvane({"classify", "--workdir", QString::fromStdString(whole.Path().string()), dem}), 0);
+    const std::vector<double> wizard = Cells(folder.Work() + "/ZONES.tif");
+    EXPECT_TRUE(SameCells(wizard, Cells(whole / "ZONES.tif")));
+    // Not a grid of one class: the wavy surface falls into several zones.
+    std::set<double> zones(wizard.begin(), wizard.end());
+    EXPECT_GE(zones.size(), 3u);
 }
 
 // A script that names what does not exist stops at that line, with one line
