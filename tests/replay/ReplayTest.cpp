@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
@@ -21,6 +22,8 @@
 #include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <map>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -260,6 +263,61 @@ TEST(ReplayedRun, TheClassificationCommandsZonesAreTheCommandLines) {
     // Not a grid of one class: the wavy surface falls into several zones.
     std::set<double> zones(wizard.begin(), wizard.end());
     EXPECT_GE(zones.size(), 3u);
+}
+
+// The wizard's whole route, from the welcome page to the completion page with
+// the pages' default radii and the default dictionary, leaves the command
+// line's classify of the same bathymetry, cell for cell, and nothing of its
+// temporaries; the map's zone layer labels each value the grid holds with the
+// dictionary's name for it.
+TEST(ReplayedRun, TheWizardsWholeRouteIsTheCommandLinesClassify) {
+    SessionFolder folder;
+    std::ifstream in(std::string(HALVANE_REPLAY_DIR) + "/wizard-to-zones.replay");
+    std::stringstream script;
+    script << in.rdbuf();
+    // The zone layer's classes, checked below against the dictionary's file.
+    script << "get map.ZONES\n";
+    const Outcome outcome = folder.Replay(folder.Expand(script.str()));
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
+
+    TempDir whole;
+    ASSERT_EQ(Halvane({"classify", "--workdir", QString::fromStdString(whole.Path().string()),
+                       QString::fromStdString(folder.Data() + "/dem.tif")}),
+              0);
+    const std::vector<double> wizard = Cells(folder.Work() + "/ZONES.tif");
+    const std::vector<double> cli = Cells(whole / "ZONES.tif");
+    EXPECT_TRUE(SameCells(wizard, cli));
+    std::set<std::string> left;
+    for (const auto& entry : fs::directory_iterator(folder.Work())) {
+        if (entry.path().extension() == ".tif") left.insert(entry.path().stem().string());
+    }
+    EXPECT_EQ(left, (std::set<std::string>{"SLOPE", "ZONES", "taken"}));
+
+    // The dictionary's names, by record, read straight from its file.
+    std::ifstream file(SessionFolder::Resources() + "/def_dict.xml");
+    const std::string xml{std::istreambuf_iterator<char>(file), {}};
+    std::map<int, std::string> names;
+    const std::regex record(R"(<Class>(\d+)</Class>\s*<Zone>([^<]*)</Zone>)");
+    for (auto it = std::sregex_iterator(xml.begin(), xml.end(), record);
+         it != std::sregex_iterator(); ++it) {
+        names[std::stoi((*it)[1])] = (*it)[2];
+    }
+    ASSERT_GE(names.size(), 10u);
+    QJsonArray expected;
+    for (double value : std::set<double>(cli.begin(), cli.end())) {
+        if (std::isnan(value) || value == 0) continue;
+        const int zone = static_cast<int>(value);
+        expected.append(QString::fromStdString(std::to_string(zone) + " " + names.at(zone)));
+    }
+    ASSERT_GE(expected.size(), 3);
+    bool seen = false;
+    for (const std::string& line : outcome.lines) {
+        const QJsonObject event = QJsonDocument::fromJson(QByteArray::fromStdString(line)).object();
+        if (event.value("name").toString() != QStringLiteral("map.ZONES")) continue;
+        seen = true;
+        EXPECT_EQ(event.value("classes").toArray(), expected) << line;
+    }
+    EXPECT_TRUE(seen) << "the script reads the zone layer's classes";
 }
 
 // A script that names what does not exist stops at that line, with one line

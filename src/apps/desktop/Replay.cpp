@@ -26,6 +26,7 @@
 #include "pages/Pages.h"
 #include "platform/map/Layers.h"
 #include "platform/map/Map.h"
+#include "platform/map/view/Rendering.h"
 #include "platform/raster/Storage.h"
 #include "platform/runtime/Text.h"
 #include "platform/ui/ScriptedServices.h"
@@ -264,7 +265,7 @@ Action ParseLine(int number, const std::string& line) {
     } else if (verb == "get") {
         action.target = rest;
         if (rest != "shown" && rest != "progress" && rest != "map" && rest != kPointer &&
-            rest.rfind("session.", 0) != 0) {
+            rest.rfind("session.", 0) != 0 && rest.rfind("map.", 0) != 0) {
             CheckControlName(action);
         }
     } else {
@@ -551,6 +552,21 @@ private:
             JsonLine("value").Text("name", action.target).List("layers", layers).WriteTo(out_);
             return;
         }
+        if (action.target.rfind("map.", 0) == 0) {
+            const std::string name = action.target.substr(4);
+            const map::MapPtr focus = window_.FocusMap();
+            for (std::int32_t i = 0; focus && i < focus->LayerCount(); ++i) {
+                map::ILayer& layer = *focus->Layer(i);
+                if (layer.Name() != name) continue;
+                JsonLine("value")
+                    .Text("name", action.target)
+                    .List("classes", LegendOf(layer))
+                    .Flag("visible", layer.Visible())
+                    .WriteTo(out_);
+                return;
+            }
+            throw ScriptError{action.line, "no layer '" + name + "' on the map"};
+        }
         if (action.target == "progress") {
             const ui::ScriptedProgressDialog* open = services_.OpenProgress();
             JsonLine("value")
@@ -592,6 +608,20 @@ private:
             value.Rows("cells", CellsOf(*grid->model()));
         }
         value.WriteTo(out_);
+    }
+
+    // What the layer list shows under a layer: its classes' values and labels.
+    static std::vector<std::string> LegendOf(map::ILayer& layer) {
+        std::vector<std::string> classes;
+        auto* raster = dynamic_cast<map::RasterLayer*>(&layer);
+        if (!raster || !raster->Raster()) return classes;
+        for (const map::view::LegendGroup& group : map::view::LegendOf(*raster).groups) {
+            for (const map::view::LegendClass& entry : group.classes) {
+                classes.push_back(entry.values.empty() ? entry.label
+                                                       : entry.values + " " + entry.label);
+            }
+        }
+        return classes;
     }
 
     static std::vector<std::vector<std::string>> CellsOf(const QAbstractItemModel& model) {
