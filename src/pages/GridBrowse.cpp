@@ -26,6 +26,10 @@ void StoreInputGrid(const std::string& name, const std::string& folder) {
 
 std::size_t LastSeparator(const std::string& path) { return path.rfind('/'); }
 
+raster::RasterDatasetPtr OpenInFolder(const std::string& folder, const std::string& name) {
+    return OpenDatasetInWorkspace(GetRasterWorkspace(folder), name);
+}
+
 void TestRasterOpens(const std::string& path) {
     ui::Services().SetMousePointer(ui::vbHourglass);
     CreateLayerFrom(path);

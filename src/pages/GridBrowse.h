@@ -6,6 +6,8 @@
 #include <functional>
 #include <string>
 
+#include "platform/raster/Fwd.h"
+
 class QLineEdit;
 
 namespace halvane::pages {
@@ -27,6 +29,9 @@ void BrowseProjectedGrid(Page& page, const std::string& title, QLineEdit& box,
 
 // The layer test alone, between the busy pointer and the pointer back.
 void TestRasterOpens(const std::string& path);
+
+// The grid `name` in the raster workspace `folder`.
+raster::RasterDatasetPtr OpenInFolder(const std::string& folder, const std::string& name);
 
 // The full path split at its last separator; npos when there is none.
 std::size_t LastSeparator(const std::string& path);

@@ -26,6 +26,13 @@
 #include "platform/reporting/HTMLHelp.h"
 
 namespace halvane::pages {
+
+QLabel* Bold(QLabel* label) {
+    QFont font = label->font();
+    font.setBold(true);
+    label->setFont(font);
+    return label;
+}
 namespace {
 
 std::vector<PageSlot*>& Registry() {

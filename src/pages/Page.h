@@ -35,6 +35,9 @@ namespace halvane::pages {
 
 class Page;
 
+// The label, in bold; for headings within a page.
+QLabel* Bold(QLabel* label);
+
 class PageSlot {
 public:
     using Maker = Page* (*)(PageSlot&);

@@ -21,17 +21,6 @@ Slot<frmZoneStep3_reqdataPage> frmZoneStep3_reqdata("frmZoneStep3_reqdata");
 
 namespace {
 
-QLabel* Bold(QLabel* label) {
-    QFont font = label->font();
-    font.setBold(true);
-    label->setFont(font);
-    return label;
-}
-
-raster::RasterDatasetPtr OpenInFolder(const std::string& folder, const std::string& name) {
-    return OpenDatasetInWorkspace(GetRasterWorkspace(folder), name);
-}
-
 }  // namespace
 
 // --- the family

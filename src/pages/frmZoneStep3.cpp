@@ -60,12 +60,7 @@ std::string BlankFolderMessage(const std::string& folder) {
 QLabel* NewTabLabel(QWidget* tab, const char* name, const char* text, bool bold = false) {
     auto* label = new QLabel(QString::fromLatin1(text), tab);
     label->setObjectName(QString::fromLatin1(name));
-    if (bold) {
-        QFont font = label->font();
-        font.setBold(true);
-        label->setFont(font);
-    }
-    return label;
+    return bold ? Bold(label) : label;
 }
 
 // Both tabs are laid out alike; only the names and the texts differ.

@@ -21,13 +21,6 @@ constexpr const char* kModule = "frmZoneStep8";
 // The box takes no more; Finish tests no length of its own.
 constexpr int kLongestTypedName = 11;
 
-QLabel* Bold(QLabel* label) {
-    QFont font = label->font();
-    font.setBold(true);
-    label->setFont(font);
-    return label;
-}
-
 QString Text(const std::string& text) { return QString::fromStdString(text); }
 
 }  // namespace

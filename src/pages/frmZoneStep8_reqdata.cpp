@@ -21,17 +21,6 @@ constexpr const char* kModule = "frmZoneStep8_reqdata";
 constexpr int kLongestTypedName = 11;
 constexpr const char* kSelectInput = "Please Select Input Dataset..";
 
-QLabel* Bold(QLabel* label) {
-    QFont font = label->font();
-    font.setBold(true);
-    label->setFont(font);
-    return label;
-}
-
-raster::RasterDatasetPtr OpenInFolder(const std::string& folder, const std::string& name) {
-    return OpenDatasetInWorkspace(GetRasterWorkspace(folder), name);
-}
-
 bool Filled(const QLineEdit* box, const char* message, const char* title) {
     if (!box->text().isEmpty()) return true;
     ui::Services().MsgBox(message, ui::vbCritical, title);

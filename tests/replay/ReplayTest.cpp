@@ -193,28 +193,44 @@ int Halvane(const QStringList& arguments) {
     return cli.exitCode();
 }
 
+// The script `name` of this folder, with `more` lines after it, replayed in `folder`.
+Outcome ReplayFile(const SessionFolder& folder, const std::string& name,
+                   const std::string& more = {}) {
+    std::ifstream in(std::string(HALVANE_REPLAY_DIR) + "/" + name + ".replay");
+    std::stringstream script;
+    script << in.rdbuf() << more;
+    return folder.Replay(folder.Expand(script.str()));
+}
+
+// The command line's stages on `dem` into `folder`, with the radii classify
+// uses unless told (broad 1 to 5, fine 1 to 3): broad5, fine3 and their
+// standardized broad5std, fine3std. False when a run fails.
+bool CommandLineStages(const std::string& dem, const TempDir& folder) {
+    const QString work = QString::fromStdString(folder.Path().string());
+    const QString input = QString::fromStdString(dem);
+    if (Halvane({"bpi", "--workdir", work, "--inner", "1", "--outer", "5", "--scale", "broad",
+                 "--name", "broad5", input}) != 0 ||
+        Halvane({"bpi", "--workdir", work, "--inner", "1", "--outer", "3", "--scale", "fine",
+                 "--name", "fine3", input}) != 0) {
+        return false;
+    }
+    for (const char* scale : {"broad5", "fine3"}) {
+        const QString bpi = QString::fromStdString(folder / (std::string(scale) + ".tif"));
+        if (Halvane({"standardize", "--workdir", work, "--name", QString(scale) + "std", bpi}) != 0) {
+            return false;
+        }
+    }
+    return true;
+}
+
 // The grids that the wizard leaves are the command line's, cell for cell.
 TEST(ReplayedRun, TheWizardsGridsAreTheCommandLines) {
     SessionFolder folder;
-    std::ifstream in(std::string(HALVANE_REPLAY_DIR) + "/wizard-to-standardization.replay");
-    std::stringstream script;
-    script << in.rdbuf();
-    const Outcome outcome = folder.Replay(folder.Expand(script.str()));
+    const Outcome outcome = ReplayFile(folder, "wizard-to-standardization");
     ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
 
     TempDir cli;
-    const QString work = QString::fromStdString(cli.Path().string());
-    const QString dem = QString::fromStdString(folder.Data() + "/dem.tif");
-    ASSERT_EQ(Halvane({"bpi", "--workdir", work, "--inner", "1", "--outer", "5", "--scale", "broad",
-                       "--name", "broad5", dem}),
-              0);
-    ASSERT_EQ(Halvane({"bpi", "--workdir", work, "--inner", "1", "--outer", "3", "--scale", "fine",
-                       "--name", "fine3", dem}),
-              0);
-    for (const char* scale : {"broad5", "fine3"}) {
-        const QString bpi = QString::fromStdString(cli / (std::string(scale) + ".tif"));
-        ASSERT_EQ(Halvane({"standardize", "--workdir", work, "--name", QString(scale) + "std", bpi}), 0);
-    }
+    ASSERT_TRUE(CommandLineStages(folder.Data() + "/dem.tif", cli));
     for (const char* grid : {"broad5", "fine3", "broad5std", "fine3std"}) {
         SCOPED_TRACE(grid);
         const std::vector<double> wizard = Cells(folder.Work() + "/" + grid + ".tif");
@@ -231,33 +247,20 @@ TEST(ReplayedRun, TheWizardsGridsAreTheCommandLines) {
 TEST(ReplayedRun, TheClassificationCommandsZonesAreTheCommandLines) {
     SessionFolder folder;
     TempDir stages;
-    const QString work = QString::fromStdString(stages.Path().string());
-    const QString dem = QString::fromStdString(folder.Data() + "/dem.tif");
-    // The radii classify uses unless told: broad 1 to 5, fine 1 to 3.
-    ASSERT_EQ(Halvane({"bpi", "--workdir", work, "--inner", "1", "--outer", "5", "--scale", "broad",
-                       "--name", "broad5", dem}),
-              0);
-    ASSERT_EQ(Halvane({"bpi", "--workdir", work, "--inner", "1", "--outer", "3", "--scale", "fine",
-                       "--name", "fine3", dem}),
-              0);
-    for (const char* scale : {"broad5", "fine3"}) {
-        const QString bpi = QString::fromStdString(stages / (std::string(scale) + ".tif"));
-        ASSERT_EQ(Halvane({"standardize", "--workdir", work, "--name", QString(scale) + "std", bpi}), 0);
-    }
+    ASSERT_TRUE(CommandLineStages(folder.Data() + "/dem.tif", stages));
     // In place of the fixture's grids of the same names, which the script browses.
     fs::copy_file(stages / "broad5std.tif", folder.Data() + "/broadstd.tif",
                   fs::copy_options::overwrite_existing);
     fs::copy_file(stages / "fine3std.tif", folder.Data() + "/finestd.tif",
                   fs::copy_options::overwrite_existing);
 
-    std::ifstream in(std::string(HALVANE_REPLAY_DIR) + "/classify-short-route.replay");
-    std::stringstream script;
-    script << in.rdbuf();
-    const Outcome outcome = folder.Replay(folder.Expand(script.str()));
+    const Outcome outcome = ReplayFile(folder, "classify-short-route");
     ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
 
     TempDir whole;
-    ASSERT_EQ(Halvane({"classify", "--workdir", QString::fromStdString(whole.Path().string()), dem}), 0);
+    ASSERT_EQ(Halvane({"classify", "--workdir", QString::fromStdString(whole.Path().string()),
+                       QString::fromStdString(folder.Data() + "/dem.tif")}),
+              0);
     const std::vector<double> wizard = Cells(folder.Work() + "/ZONES.tif");
     EXPECT_TRUE(SameCells(wizard, Cells(whole / "ZONES.tif")));
     // Not a grid of one class: the wavy surface falls into several zones.
@@ -272,12 +275,8 @@ TEST(ReplayedRun, TheClassificationCommandsZonesAreTheCommandLines) {
 // dictionary's name for it.
 TEST(ReplayedRun, TheWizardsWholeRouteIsTheCommandLinesClassify) {
     SessionFolder folder;
-    std::ifstream in(std::string(HALVANE_REPLAY_DIR) + "/wizard-to-zones.replay");
-    std::stringstream script;
-    script << in.rdbuf();
     // The zone layer's classes, checked below against the dictionary's file.
-    script << "get map.ZONES\n";
-    const Outcome outcome = folder.Replay(folder.Expand(script.str()));
+    const Outcome outcome = ReplayFile(folder, "wizard-to-zones", "get map.ZONES\n");
     ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
 
     TempDir whole;
