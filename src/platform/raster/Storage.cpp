@@ -18,6 +18,7 @@
 #include <limits>
 #include <unordered_map>
 
+#include "platform/raster/Meter.h"
 #include "platform/raster/Operators.h"
 #include "platform/runtime/Version.h"
 
@@ -597,6 +598,7 @@ RasterDatasetPtr RasterDataset::Copy(const std::string& name, const RasterWorksp
     if (!target.Find(name).empty()) {
         throw EngineFailure("Grid '" + name + "' already exists in " + target.PathName());
     }
+    const StageMeter meter(name);
     const Grid& grid = node_->grid;
     const bool integer = node_->integer;
     const CellType cellType = CellTypeOf(*node_);
@@ -724,6 +726,7 @@ bool RasterDataset::CanDelete() const {
 
 void RasterDataset::Delete() {
     if (!CanDelete()) throw EngineFailure("Cannot delete raster '" + path_ + "'");
+    const StageMeter meter("delete " + name_);
     std::error_code ec;
     if (fs::is_directory(path_, ec)) {
         fs::remove_all(path_, ec);
@@ -735,7 +738,10 @@ void RasterDataset::Delete() {
 const GridSummary& RasterDataset::Summary() {
     std::lock_guard lock(summaryLock_);
     if (!summary_ && !IsTemporary()) summary_ = ReadSummary(path_);
-    if (!summary_) summary_ = Summarize(node_, IsTemporary());
+    if (!summary_) {
+        const StageMeter meter("statistics " + (IsTemporary() ? std::string("(computed)") : name_));
+        summary_ = Summarize(node_, IsTemporary());
+    }
     return *summary_;
 }
 
