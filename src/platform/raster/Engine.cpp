@@ -325,16 +325,44 @@ EvalSettings& Settings() {
     return settings;
 }
 
-void EvaluateTiles(const NodePtr& root,
-                   const std::function<void(const Window&, const double*)>& sink) {
-    const std::int64_t size = Settings().tileSize > 0
-                                  ? Settings().tileSize
-                                  : (ParentCounts(root).size() + 1 > kDeepGraph ? 128 : 512);
+namespace {
+
+// The roots of one evaluation under a single node, so that the operators they
+// share count all their readers and keep their blocks for the tile.
+class GroupNode final : public Node {
+public:
+    void Compute(const Window&, EvalContext&, double*) const override {
+        throw EngineFailure("A group of grids has no cells of its own");
+    }
+};
+
+}  // namespace
+
+void EvaluateTiles(const std::vector<NodePtr>& roots,
+                   const std::function<void(std::size_t, const Window&, const double*)>& sink) {
+    if (roots.empty()) return;
+    auto group = std::make_shared<GroupNode>();
+    group->grid = roots.front()->grid;
+    group->children = roots;
+    std::size_t deepest = 0;
+    for (const NodePtr& root : roots) {
+        const Grid& g = root->grid;
+        if (g.cols != group->grid.cols || g.rows != group->grid.rows ||
+            g.left != group->grid.left || g.top != group->grid.top ||
+            g.cellX != group->grid.cellX || g.cellY != group->grid.cellY) {
+            throw runtime::RuntimeFailure(runtime::kInvalidProcedureCall);
+        }
+        deepest = std::max(deepest, ParentCounts(root).size() + 1);
+    }
+    const Grid& grid = group->grid;
+    const NodePtr groupRoot = group;
+    const std::int64_t size = Settings().tileSize > 0 ? Settings().tileSize
+                                                      : (deepest > kDeepGraph ? 128 : 512);
     std::vector<Window> tiles;
-    for (std::int64_t row = 0; row < root->grid.rows; row += size) {
-        for (std::int64_t col = 0; col < root->grid.cols; col += size) {
-            tiles.push_back({col, row, std::min(size, root->grid.cols - col),
-                             std::min(size, root->grid.rows - row)});
+    for (std::int64_t row = 0; row < grid.rows; row += size) {
+        for (std::int64_t col = 0; col < grid.cols; col += size) {
+            tiles.push_back(
+                {col, row, std::min(size, grid.cols - col), std::min(size, grid.rows - row)});
         }
     }
     const int threads = Settings().threads > 0 ? Settings().threads : omp_get_max_threads();
@@ -346,14 +374,16 @@ void EvaluateTiles(const NodePtr& root,
     const auto total = static_cast<std::int64_t>(tiles.size());
 #pragma omp parallel num_threads(threads)
     {
-        EvalContext context(root);
+        EvalContext context(groupRoot);
 #pragma omp for schedule(dynamic, 1)
         for (std::size_t t = 0; t < tiles.size(); ++t) {
             if (failed.load()) continue;
             // An exception must not leave the loop: keep the first and skip the rest.
             try {
-                Block block = context.Get(root, tiles[t]);
-                sink(tiles[t], block->data());
+                for (std::size_t k = 0; k < roots.size(); ++k) {
+                    Block block = context.Get(roots[k], tiles[t]);
+                    sink(k, tiles[t], block->data());
+                }
                 if (Settings().onProgress) {
                     std::lock_guard lock(progressLock);
                     Settings().onProgress(++done, total);
@@ -367,6 +397,12 @@ void EvaluateTiles(const NodePtr& root,
         }
     }
     if (failure) std::rethrow_exception(failure);
+}
+
+void EvaluateTiles(const NodePtr& root,
+                   const std::function<void(const Window&, const double*)>& sink) {
+    EvaluateTiles(std::vector<NodePtr>{root},
+                  [&](std::size_t, const Window& tile, const double* values) { sink(tile, values); });
 }
 
 std::vector<double> EvaluateWindow(const NodePtr& root, const Window& window) {

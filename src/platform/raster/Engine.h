@@ -150,6 +150,13 @@ EvalSettings& Settings();
 void EvaluateTiles(const NodePtr& root,
                    const std::function<void(const Window&, const double*)>& sink);
 
+// Evaluates several roots of one grid over shared tiles: each tile is computed
+// for all of them before the next, so what they have in common (the grids they
+// read, the operators they share) is read and computed once per tile, not once
+// per root. sink gets the index of the root. Roots of different grids fail with 5.
+void EvaluateTiles(const std::vector<NodePtr>& roots,
+                   const std::function<void(std::size_t, const Window&, const double*)>& sink);
+
 // The cells of root over one window, on the calling thread.
 std::vector<double> EvaluateWindow(const NodePtr& root, const Window& window);
 

@@ -145,6 +145,8 @@ public:
         for (std::int64_t dy = -reach_; dy <= reach_; ++dy) {
             const double dy2 = static_cast<double>(dy * dy);
             spans_.push_back({Widest(outer2, dy2), Widest(inner2, dy2)});
+            const auto [wide, narrow] = spans_.back();
+            if (wide >= 0) ringCells_ += 2 * wide + 1 - (narrow >= 0 ? 2 * narrow + 1 : 0);
         }
     }
 
@@ -153,13 +155,21 @@ public:
         const std::int64_t height = window.rows + 2 * reach_;
         Block source =
             context.Get(children[0], {window.col0 - reach_, window.row0 - reach_, width, height});
+        // Away from gaps and edges every ring is whole: its count is known
+        // and only the sums need running.
+        const bool whole = std::none_of(source->begin(), source->end(),
+                                        [](double v) { return std::isnan(v); });
         std::vector<double> sums(static_cast<std::size_t>((width + 1) * height));
-        std::vector<std::int64_t> counts(sums.size());
+        std::vector<std::int64_t> counts(whole ? 0 : sums.size());
         for (std::int64_t r = 0; r < height; ++r) {
             const double* row = source->data() + r * width;
             double* s = sums.data() + r * (width + 1);
-            std::int64_t* n = counts.data() + r * (width + 1);
             s[0] = 0.0;
+            if (whole) {
+                for (std::int64_t c = 0; c < width; ++c) s[c + 1] = s[c] + row[c];
+                continue;
+            }
+            std::int64_t* n = counts.data() + r * (width + 1);
             n[0] = 0;
             for (std::int64_t c = 0; c < width; ++c) {
                 const bool valid = !std::isnan(row[c]);
@@ -171,20 +181,27 @@ public:
         std::vector<std::int64_t> valid(total.size());
         for (std::int64_t r = 0; r < window.rows; ++r) {
             std::fill(total.begin(), total.end(), 0.0);
-            std::fill(valid.begin(), valid.end(), 0);
+            std::fill(valid.begin(), valid.end(), whole ? ringCells_ : 0);
             for (std::int64_t dy = -reach_; dy <= reach_; ++dy) {
                 const auto [outer, inner] = spans_[dy + reach_];
                 if (outer < 0) continue;
                 const std::int64_t offset = (r + reach_ + dy) * (width + 1) + reach_;
                 const double* s = sums.data() + offset;
-                const std::int64_t* n = counts.data() + offset;
                 for (std::int64_t c = 0; c < window.cols; ++c) {
                     total[c] += s[c + outer + 1] - s[c - outer];
+                }
+                if (inner >= 0) {
+                    for (std::int64_t c = 0; c < window.cols; ++c) {
+                        total[c] -= s[c + inner + 1] - s[c - inner];
+                    }
+                }
+                if (whole) continue;
+                const std::int64_t* n = counts.data() + offset;
+                for (std::int64_t c = 0; c < window.cols; ++c) {
                     valid[c] += n[c + outer + 1] - n[c - outer];
                 }
                 if (inner < 0) continue;
                 for (std::int64_t c = 0; c < window.cols; ++c) {
-                    total[c] -= s[c + inner + 1] - s[c - inner];
                     valid[c] -= n[c + inner + 1] - n[c - inner];
                 }
             }
@@ -206,6 +223,7 @@ private:
     }
 
     std::int64_t reach_ = 0;
+    std::int64_t ringCells_ = 0;  // in a ring that lies whole within valid cells
     std::vector<std::pair<std::int64_t, std::int64_t>> spans_;  // outer, inner half-widths per dy
 };
 
