@@ -93,6 +93,69 @@ TEST(WorkspaceTest, CopyNeverOverwritesAndLeavesNothingHalfWritten) {
     EXPECT_EQ(Files(dir.Path()), beforeFailure);
 }
 
+// Grids stored together stand as if copied one after the other: each holds
+// its own cells, and where one cannot be stored (a taken name, a source that
+// vanished) those before it stand, those after it do not, and the failure is
+// the one Copy gives.
+TEST(WorkspaceTest, GridsStoredTogetherStandAsIfCopiedInTurn) {
+    testing::TempDir dir;
+    const Grid grid{0, 30, 10, 10, 600, 530};
+    testing::WriteGrid(dir / "depth.tif", grid, testing::Surface(grid, false));
+    RasterWorkspacePtr workspace = RasterWorkspaceFactory().OpenFromFile(dir.Path(), 0);
+    const std::vector<double> depth =
+        testing::ReadAll(workspace->OpenRasterDataset("depth")->CreateDefaultRaster());
+    RasterMapAlgebraOp op;
+    op.BindRaster(workspace->OpenRasterDataset("depth")->CreateDefaultRaster(), "d");
+    const auto computed = [&](const std::string& expression) {
+        return op.Execute(expression)->Item(0)->RasterDataset();
+    };
+    RasterDatasetPtr twice = computed("[d] * 2");
+    RasterDatasetPtr deep = computed("con([d] < -100, 1, 0)");
+    RasterDatasetPtr both = computed("sum([d] * 2, con([d] < -100, 1, 0))");
+    const std::vector<RasterDatasetPtr> stored =
+        RasterDataset::CopyAll({{twice, "twice"}, {deep, "deep"}, {both, "both"}}, workspace);
+    ASSERT_EQ(stored.size(), 3u);
+    std::vector<double> expected[3];
+    for (double v : depth) {
+        expected[0].push_back(static_cast<float>(v * 2));
+        expected[1].push_back(v < -100 ? 1 : 0);
+        expected[2].push_back(static_cast<float>(v * 2 + (v < -100 ? 1 : 0)));
+    }
+    for (int k = 0; k < 3; ++k) {
+        EXPECT_EQ(testing::ReadAll(stored[k]->CreateDefaultRaster()), expected[k]) << k;
+        const std::vector<double> again =
+            testing::ReadAll(workspace->OpenRasterDataset(stored[k]->Name())->CreateDefaultRaster());
+        EXPECT_EQ(again, expected[k]) << k;
+    }
+
+    // The grids that appeared since `before`, side files aside.
+    const auto Grown = [&](const std::set<std::string>& before) {
+        std::set<std::string> grown;
+        for (const std::string& name : Files(dir.Path())) {
+            if (!before.contains(name) && !name.ends_with(".aux.xml")) grown.insert(name);
+        }
+        return grown;
+    };
+    std::set<std::string> before = Files(dir.Path());
+    try {
+        RasterDataset::CopyAll({{twice, "first"}, {deep, "DEEP"}, {both, "third"}}, workspace);
+        ADD_FAILURE() << "stored over an existing grid";
+    } catch (const runtime::Failure& failure) {
+        EXPECT_EQ(failure.description, "Grid 'DEEP' already exists in " + dir.Path().string());
+    }
+    EXPECT_EQ(Grown(before), (std::set<std::string>{"first.tif"}));
+
+    testing::WriteGrid(dir / "gone.tif", grid, depth);
+    op.BindRaster(workspace->OpenRasterDataset("gone")->CreateDefaultRaster(), "gone");
+    RasterDatasetPtr doomed = computed("[gone] + 1");
+    fs::remove(dir / "gone.tif");
+    before = Files(dir.Path());
+    EXPECT_THROW(
+        RasterDataset::CopyAll({{deep, "second"}, {doomed, "lost"}, {twice, "fourth"}}, workspace),
+        runtime::Failure);
+    EXPECT_EQ(Grown(before), (std::set<std::string>{"second.tif"}));
+}
+
 TEST(StatisticsTest, ExactMeanDeviationAndTableKeptWithTheGrid) {
     testing::TempDir dir;
     const Grid grid{0, 300, 10, 10, 37, 29};
