@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <iomanip>
 #include <iostream>
+#include <set>
 #include <sstream>
 
 #include "apps/RasterCommands.h"
@@ -10,8 +11,10 @@
 #include "engine/Analysis.h"
 #include "engine/RasterAccess.h"
 #include "engine/Session.h"
-#include "host/modProgDialog.h"
 #include "platform/raster/Storage.h"
+#include "platform/reporting/modProgDialog.h"
+#include "platform/runtime/Failure.h"
+#include "platform/runtime/Text.h"
 
 namespace halvane::apps {
 using classification::clsXMLPrjFile;
@@ -29,47 +32,109 @@ void RadiiOf(const Arguments& arguments, const std::string& option, std::string&
     }
     inner = text.substr(0, comma);
     outer = text.substr(comma + 1);
+    CheckRadii(option + " " + text, inner, outer);
 }
 
-// What the setup page refuses: a grid without a projected reference.
-bool Projected(const raster::RasterDatasetPtr& dataset) {
-    if (dataset->CreateDefaultRaster()->IsProjected()) return true;
-    ui::Services().MsgBox(
-        "Error: This Raster Dataset is not projected. Please project the layer and try again.",
-        ui::vbOKOnly, "Error: Projection Undefined");
-    return false;
+// A failure of the route, told as the command line tells it.
+[[noreturn]] void RouteFailure(const std::string& text) {
+    throw runtime::Failure(runtime::kInvalidProcedureCall, "halvane", text);
 }
 
 }  // namespace
 
-void PrintZones(std::ostream& stream, const raster::RasterDatasetPtr& zones) {
-    // Formatted apart, so the caller's stream keeps its own settings.
-    std::ostringstream out;
-    const raster::AttributeTable& table = zones->GetAttributeTable();
+ZoneSummary SummaryOf(const std::string& input, const raster::RasterDatasetPtr& zones) {
+    ZoneSummary summary{input, zones->Path(), {}, 0.0};
     const raster::Grid& grid = zones->CreateDefaultRaster()->GetGrid();
-    const double cellKm2 = grid.cellX * grid.cellY / 1e6;
-    std::int64_t total = 0;
-    for (const raster::AttributeRow& row : table) total += row.Count;
-    const auto line = [&](const std::string& value, const std::string& name, std::int64_t cells) {
-        const double share = total > 0 ? 100.0 * static_cast<double>(cells) / total : 0.0;
-        out << std::right << std::setw(5) << value << "  " << std::left << std::setw(28) << name
-            << std::right << std::setw(10) << cells << std::fixed << std::setprecision(2)
-            << std::setw(10) << share << std::setprecision(3) << std::setw(12)
-            << static_cast<double>(cells) * cellKm2 << "\n";
-    };
-    out << std::right << std::setw(5) << "class" << "  " << std::left << std::setw(28) << "zone"
-        << std::right << std::setw(10) << "cells" << std::setw(10) << "share %" << std::setw(12)
-        << "area km2" << "\n";
-    for (const raster::AttributeRow& row : table) {
+    summary.cellKm2 = grid.cellX * grid.cellY / 1e6;
+    for (const raster::AttributeRow& row : zones->GetAttributeTable()) {
         // Labels are found by value, as on the map.
         std::string name = "(no class)";
         if (g_dict_Zones) {
             const auto found = g_dict_Zones->find(row.Value);
             if (found != g_dict_Zones->end()) name = found->second;
         }
-        line(std::to_string(row.Value), name, row.Count);
+        summary.zones.push_back({row.Value, name, row.Count});
     }
-    line("", "all zones", total);
+    return summary;
+}
+
+void PrintZones(std::ostream& stream, const std::vector<ZoneSummary>& summaries,
+                TableFormat format) {
+    // Formatted apart, so the caller's stream keeps its own settings.
+    std::ostringstream out;
+    const bool several = summaries.size() > 1;
+    const auto share = [](std::int64_t cells, std::int64_t total) {
+        return total > 0 ? 100.0 * static_cast<double>(cells) / static_cast<double>(total) : 0.0;
+    };
+    if (format == TableFormat::Csv) out << "input,class,zone,cells,share_percent,area_km2\n";
+    if (format == TableFormat::Json) out << "[";
+    const char* separator = "";
+    for (const ZoneSummary& summary : summaries) {
+        std::int64_t total = 0;
+        for (const ZoneSummary::Row& row : summary.zones) total += row.cells;
+        const auto area = [&](std::int64_t cells) {
+            return static_cast<double>(cells) * summary.cellKm2;
+        };
+        const std::string input = std::filesystem::path(summary.input).stem().string();
+        switch (format) {
+            case TableFormat::Csv:
+                for (const ZoneSummary::Row& row : summary.zones) {
+                    std::string zone = row.zone;
+                    if (zone.find_first_of(",\"") != std::string::npos) {
+                        std::string quoted = "\"";
+                        for (char c : zone)
+                            quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
+                        zone = quoted + "\"";
+                    }
+                    out << summary.input << "," << row.value << "," << zone << "," << row.cells
+                        << "," << std::fixed << std::setprecision(2) << share(row.cells, total)
+                        << "," << std::setprecision(3) << area(row.cells) << "\n";
+                }
+                break;
+            case TableFormat::Json:
+                out << separator << "{\"input\": " << runtime::JsonString(summary.input)
+                    << ", \"grid\": " << runtime::JsonString(summary.path)
+                    << ", \"cells\": " << total << ", \"zones\": [";
+                for (std::size_t i = 0; i < summary.zones.size(); ++i) {
+                    const ZoneSummary::Row& row = summary.zones[i];
+                    out << (i ? ", " : "") << "{\"class\": " << row.value
+                        << ", \"zone\": " << runtime::JsonString(row.zone)
+                        << ", \"cells\": " << row.cells << std::fixed << std::setprecision(2)
+                        << ", \"share_percent\": " << share(row.cells, total)
+                        << std::setprecision(3) << ", \"area_km2\": " << area(row.cells) << "}";
+                }
+                out << "]}";
+                separator = ", ";
+                break;
+            case TableFormat::Text: {
+                const auto line = [&](const std::string& value, const std::string& name,
+                                      std::int64_t cells) {
+                    if (several) out << std::left << std::setw(16) << input << "  ";
+                    out << std::right << std::setw(5) << value << "  " << std::left << std::setw(28)
+                        << name << std::right << std::setw(10) << cells << std::fixed
+                        << std::setprecision(2) << std::setw(10) << share(cells, total)
+                        << std::setprecision(3) << std::setw(12) << area(cells) << "\n";
+                };
+                if (separator[0] == '\0') {
+                    if (several)
+                        out << std::left << std::setw(16) << "input"
+                            << "  ";
+                    out << std::right << std::setw(5) << "class"
+                        << "  " << std::left << std::setw(28) << "zone" << std::right
+                        << std::setw(10) << "cells" << std::setw(10) << "share %" << std::setw(12)
+                        << "area km2"
+                        << "\n";
+                    separator = " ";
+                }
+                for (const ZoneSummary::Row& row : summary.zones) {
+                    line(std::to_string(row.value), row.zone, row.cells);
+                }
+                line("", "all zones", total);
+                break;
+            }
+        }
+    }
+    if (format == TableFormat::Json) out << "]\n";
     stream << out.str();
 }
 
@@ -84,10 +149,7 @@ bool RunClassifyRoute(const ClassifyRoute& route, const std::function<void(Route
     page.m_prjFile = std::make_shared<clsXMLPrjFile>();
     page.m_prjFile->XML(route.dictionary);
     page.m_iClassCount = static_cast<std::int16_t>(page.m_prjFile->Classifications->Count());
-    if (page.m_iClassCount == 0) {
-        std::cerr << "halvane: no classes were read from " << route.dictionary << "\n";
-        return false;
-    }
+    if (page.m_iClassCount == 0) RouteFailure(route.dictionary + ": no classes were read");
 
     // The setup page.
     ResetSession();
@@ -96,7 +158,11 @@ bool RunClassifyRoute(const ClassifyRoute& route, const std::function<void(Route
     std::filesystem::create_directories(g_s_WorkingDir);
     const raster::RasterDatasetPtr inputDataset =
         OpenRasterDataset(PathOfRaster(route.input), NameOfRaster(route.input));
-    if (!inputDataset || !Projected(inputDataset)) return false;
+    if (!inputDataset) return false;
+    // What the setup page refuses.
+    if (!inputDataset->CreateDefaultRaster()->IsProjected()) {
+        RouteFailure(route.input + ": the grid is not projected; project it and try again");
+    }
     g_s_InputDataSet = g_s_BPI_DataSet = NameOfRaster(route.input);
     g_s_InputDataPath = g_s_BPI_DataPath = PathOfRaster(route.input);
     g_p_InputRasterDataset = inputDataset;
@@ -143,6 +209,26 @@ bool RunClassifyRoute(const ClassifyRoute& route, const std::function<void(Route
     return classification::cmdFinish_Click(page) && g_p_OutputRasterDataset;
 }
 
+std::vector<std::string> RouteStageNames(const ClassifyRoute& route) {
+    std::vector<std::string> names;
+    if (!route.cellSize.empty()) names.push_back("Resampling to cells of " + route.cellSize);
+    names.push_back("Broad-scale BPI, ring of " + route.broadInner + " to " + route.broadOuter +
+                    " cells");
+    names.push_back("Fine-scale BPI, ring of " + route.fineInner + " to " + route.fineOuter +
+                    " cells");
+    names.push_back("Standardized BPI at both scales");
+    names.push_back("Slope, class grids and zones");
+    return names;
+}
+
+TableFormat FormatOf(const Arguments& arguments) {
+    const std::string format = arguments.Optional("--format", "table");
+    if (format == "table") return TableFormat::Text;
+    if (format == "json") return TableFormat::Json;
+    if (format == "csv") return TableFormat::Csv;
+    throw UsageError{"--format " + format + ": the formats are table, json and csv"};
+}
+
 int RunClassify(const Arguments& arguments) {
     ClassifyRoute route;
     RadiiOf(arguments, "--broad", route.broadInner, route.broadOuter);
@@ -151,20 +237,59 @@ int RunClassify(const Arguments& arguments) {
     if (arguments.Has("--method") && route.cellSize.empty()) {
         throw UsageError{"--method goes with --resample"};
     }
-    route.method = arguments.Optional("--method", route.method);
+    route.method = MethodOf(arguments);
+    const TableFormat format = FormatOf(arguments);
     route.dictionary =
         std::filesystem::absolute(
             arguments.Optional("--dictionary", classification::DefaultDictionaryPath()))
             .string();
     route.output = arguments.Optional("--name", route.output);
-    route.workDir = arguments.Required("--workdir");
-    if (arguments.positional.size() != 1) throw UsageError{"give exactly one input grid"};
-    route.input = std::filesystem::absolute(arguments.positional[0]).string();
+    const std::string workDir = arguments.Required("--workdir");
+    if (arguments.positional.empty()) throw UsageError{"give at least one input grid"};
+    // Several inputs: one sub-folder of the working folder each, named after it.
+    std::vector<ClassifyRoute> routes;
+    std::set<std::string> folders;
+    for (const std::string& input : arguments.positional) {
+        ClassifyRoute each = route;
+        each.input = std::filesystem::absolute(input).string();
+        const std::string stem = std::filesystem::path(input).stem().string();
+        if (arguments.positional.size() > 1 && !folders.insert(stem).second) {
+            throw UsageError{input + ": another input has the name " + stem};
+        }
+        each.workDir = arguments.positional.size() == 1
+                           ? workDir
+                           : (std::filesystem::path(workDir) / stem).string();
+        routes.push_back(each);
+    }
+    std::vector<std::string> stages;
+    for (const ClassifyRoute& each : routes) {
+        for (std::string name : RouteStageNames(each)) {
+            if (routes.size() > 1)
+                name = std::filesystem::path(each.input).stem().string() + ": " + name;
+            stages.push_back(name);
+        }
+    }
 
-    return RunReported("classify", arguments.Has("--trace"), [&] {
-        if (!RunClassifyRoute(route)) return false;
-        std::cout << g_p_OutputRasterDataset->Path() << "\n";
-        PrintZones(std::cout, g_p_OutputRasterDataset);
+    return RunReported(arguments, {"classify", workDir, stages}, [&](CommandRun& run) {
+        std::vector<ZoneSummary> summaries;
+        for (const ClassifyRoute& each : routes) {
+            run.CheckInput(each.input);
+            // Refused before the run rather than at its Finish.
+            const std::string zones = each.workDir + "/" + each.output;
+            if (RasterExists(zones)) {
+                run.Fail(zones +
+                         ": a grid of that name exists already; give another --name or "
+                         "--workdir");
+            }
+            if (!RunClassifyRoute(each, [&](RouteStage) { run.NextStage(); })) {
+                return false;
+            }
+            summaries.push_back(SummaryOf(each.input, g_p_OutputRasterDataset));
+        }
+        if (format == TableFormat::Text) {
+            for (const ZoneSummary& summary : summaries) std::cout << summary.path << "\n";
+        }
+        PrintZones(std::cout, summaries, format);
         return true;
     });
 }

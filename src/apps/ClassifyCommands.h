@@ -2,9 +2,11 @@
 // Commands over the classification: the wizard's whole route from a
 // bathymetric grid to the zone grid, and a dictionary printed as a table.
 
+#include <cstdint>
 #include <functional>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "apps/CommandLine.h"
 #include "platform/raster/Fwd.h"
@@ -17,7 +19,7 @@ int RunDictionary(const Arguments& arguments);
 // What the wizard's pages would be given on the way to a zone grid. Radii are
 // in cells and kept as typed: they go into the expressions as text.
 struct ClassifyRoute {
-    std::string input;       // an absolute path
+    std::string input;  // an absolute path
     std::string workDir;
     std::string dictionary;  // an absolute path
     std::string output = "ZONES";
@@ -39,8 +41,30 @@ enum class RouteStage { Resample, BroadBpi, FineBpi, Standardize, Zones };
 bool RunClassifyRoute(const ClassifyRoute& route,
                       const std::function<void(RouteStage)>& onStage = {});
 
-// The zone grid's table: class, zone (from g_dict_Zones, by value), cells, the
-// share of the cells with a zone in percent, and their area in km2.
-void PrintZones(std::ostream& out, const raster::RasterDatasetPtr& zones);
+// The names of the stages of a route, as their bars show them.
+std::vector<std::string> RouteStageNames(const ClassifyRoute& route);
+
+// A zone grid's table: class, zone (from g_dict_Zones, by value) and cells.
+struct ZoneSummary {
+    struct Row {
+        std::int32_t value;
+        std::string zone;
+        std::int64_t cells;
+    };
+    std::string input, path;
+    std::vector<Row> zones;
+    double cellKm2;
+};
+ZoneSummary SummaryOf(const std::string& input, const raster::RasterDatasetPtr& zones);
+
+enum class TableFormat { Text, Json, Csv };
+// --format: table (the default), json or csv.
+TableFormat FormatOf(const Arguments& arguments);
+
+// The zone tables of the inputs: class, zone, cells, the share of the cells
+// with a zone in percent, and their area in km2; as one text table (with an
+// input column when there are several), a JSON array of one object per input,
+// or CSV rows.
+void PrintZones(std::ostream& out, const std::vector<ZoneSummary>& summaries, TableFormat format);
 
 }  // namespace halvane::apps

@@ -32,6 +32,14 @@ struct Command {
     int (*run)(const Arguments& arguments);
 };
 
+// Fails as a usage error, naming `given` (the option as typed), unless both
+// radii are numbers with 0 <= inner < outer.
+void CheckRadii(const std::string& given, const std::string& inner, const std::string& outer);
+
+// --method as the resampling page names it: "nearest", "bilinear" and "cubic"
+// in any case, or the page's own texts; "Cubic Convolution" when absent.
+std::string MethodOf(const Arguments& arguments);
+
 // Parses argv after the command name; options not listed fail as usage errors.
 Arguments Parse(const Command& command, const std::vector<std::string>& args);
 

@@ -1,5 +1,8 @@
 #include "apps/RasterCommands.h"
 
+#include <signal.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
@@ -7,20 +10,15 @@
 #include <optional>
 #include <sstream>
 
+#include "apps/WorkFolder.h"
 #include "engine/RasterAccess.h"
-#include "platform/runtime/Text.h"
-#include "host/ErrorHandling.h"
-#include "host/modProgDialog.h"
+#include "platform/reporting/ErrorHandling.h"
+#include "platform/reporting/modProgDialog.h"
 #include "platform/runtime/Convert.h"
-#include "platform/ui/ConsoleServices.h"
+#include "platform/runtime/Text.h"
 
 namespace halvane::apps {
 namespace {
-
-// The grid a path names: a raster file or a grid folder.
-raster::RasterPtr OpenInput(const std::string& path) {
-    return raster::RasterDataset::Open(path)->CreateDefaultRaster();
-}
 
 // Saves a result the way the system saves every grid.
 bool Save(const raster::RasterPtr& result, const std::string& folder, const std::string& name) {
@@ -50,45 +48,131 @@ std::vector<std::pair<std::string, std::string>> Provenance(const raster::Raster
 
 }  // namespace
 
-std::function<std::unique_ptr<ui::ConsoleServices>()>& RunConsole() {
-    static std::function<std::unique_ptr<ui::ConsoleServices>()> maker;
-    return maker;
+std::ostream*& RunConsole() {
+    static std::ostream* stream = nullptr;
+    return stream;
 }
 
-int RunReported(const std::string& command, bool trace, const std::function<bool()>& body) {
-    const std::unique_ptr<ui::ConsoleServices> console =
-        RunConsole() ? RunConsole()() : std::make_unique<ui::ConsoleServices>();
-    // The engine's passes get a bar of their own: the stages' progress dialog
-    // shows the stages' steps and nothing else.
-    const std::shared_ptr<ui::ConsoleBar> passes = console->NewBar("halvane " + command);
-    passes->MaxRange(100);
-    raster::EvalSettings& settings = raster::Settings();
-    int shown = -1;
-    settings.onProgress = [&](std::int64_t done, std::int64_t total) {
-        const int percent = static_cast<int>(100 * done / total);
-        if (percent == shown) return;
-        shown = percent;
-        passes->Position(percent);
-        passes->Message("Computing");
-    };
-    const int status = RunReported(*console, command, trace, body);
-    settings.onProgress = nullptr;
-    passes->HideDialog();
-    return status;
+void CommandRun::NextStage() {
+    if (stage_ < plan_.stages.size()) bars_.Begin(plan_.stages[stage_++]);
 }
 
-int RunReported(ui::ConsoleServices& console, const std::string& command, bool trace,
-                const std::function<bool()>& body) {
+void CommandRun::CheckInput(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(path, error);
+    if (!std::filesystem::exists(status)) Fail(path + ": no such file or folder");
+    if (std::filesystem::is_regular_file(status) && std::filesystem::file_size(path, error) == 0) {
+        Fail(path + ": the file is empty, not a grid");
+    }
+    if (!raster::IsRaster(path)) Fail(path + ": not a raster that GDAL can read");
+}
+
+raster::RasterPtr OpenInput(CommandRun& run, const std::string& path) {
+    run.CheckInput(path);
+    return raster::RasterDataset::Open(path)->CreateDefaultRaster();
+}
+
+namespace {
+
+void OnStopSignal(int signal) {
+    // A second signal does not wait for the run to wind up.
+    if (reporting::StopRequested() != 0) ::_exit(128 + signal);
+    reporting::RequestStop(signal);
+}
+
+// SIGINT and SIGTERM ask the run to stop while it lives.
+class StopSignals {
+public:
+    StopSignals() {
+        reporting::ClearStopRequest();
+        struct sigaction action {};
+        action.sa_handler = OnStopSignal;
+        sigemptyset(&action.sa_mask);
+        ::sigaction(SIGINT, &action, &interrupt_);
+        ::sigaction(SIGTERM, &action, &terminate_);
+    }
+    ~StopSignals() {
+        ::sigaction(SIGINT, &interrupt_, nullptr);
+        ::sigaction(SIGTERM, &terminate_, nullptr);
+        reporting::ClearStopRequest();
+    }
+    StopSignals(const StopSignals&) = delete;
+    StopSignals& operator=(const StopSignals&) = delete;
+
+private:
+    struct sigaction interrupt_ = {};
+    struct sigaction terminate_ = {};
+};
+
+const char* SignalName(int signal) {
+    return signal == SIGINT ? "SIGINT" : signal == SIGTERM ? "SIGTERM" : "a signal";
+}
+
+}  // namespace
+
+int RunReported(const Arguments& arguments, const RunPlan& plan,
+                const std::function<bool(CommandRun&)>& body) {
+    std::ostream& out = RunConsole() ? *RunConsole() : std::cerr;
+    const reporting::CommandLineStyle style{plan.command, arguments.Has("--trace"),
+                                            arguments.Has("--quiet"),
+                                            !RunConsole() && isatty(STDERR_FILENO) != 0};
+    StopSignals signals;
+    std::optional<WorkFolderRun> folder;
+    reporting::StageBars bars(out, style, static_cast<int>(plan.stages.size()));
+    reporting::CommandLineServices console(out, style, bars);
     ui::ServicesScope scope(console);
-    if (trace) raster::Journal() = [](const std::string& line) { std::cerr << line << "\n"; };
+    CommandRun run(plan, bars, console);
+    raster::EvalSettings& settings = raster::Settings();
+    settings.onProgress = [&](std::int64_t done, std::int64_t total) { bars.Pass(done, total); };
+    if (style.trace) raster::Journal() = [&out](const std::string& line) { out << line << "\n"; };
     // A window kept from an earlier run in this process would count for that run.
     ErrorHandling::ReleaseErrorWindow();
-    const bool succeeded = Guarded({"halvane", command.c_str(), kTopLevel}, body);
+    bool succeeded = false;
+    int stoppedBy = 0;
+    // What the run prints comes after its last bar, and only when it succeeded:
+    // the paths of grids rolled back would name nothing.
+    std::ostringstream results;
+    std::streambuf* const standardOut = std::cout.rdbuf(results.rdbuf());
+    try {
+        if (!plan.workFolder.empty()) folder.emplace(plan.workFolder);
+        succeeded =
+            Guarded({"halvane", plan.command.c_str(), kTopLevel}, [&] { return body(run); });
+        reporting::ThrowIfStopped();
+        if (succeeded) {
+            bars.End();
+        } else if (console.Failures() == 0) {
+            console.Fail("the run failed");
+        }
+    } catch (const runtime::RunStopped& stop) {
+        stoppedBy = stop.signal;
+        succeeded = false;
+    } catch (const std::filesystem::filesystem_error& error) {
+        // The working folder itself could not be made or noted.
+        out << "halvane " << plan.command << ": " << error.path1().string() << ": "
+            << error.code().message() << "\n";
+        succeeded = false;
+    }
+    std::cout.rdbuf(standardOut);
+    settings.onProgress = nullptr;
     raster::Journal() = nullptr;
     CloseProgress();
     ErrorHandling::ReleaseErrorWindow();
-    // The stages report their own failures and go on, as they do for a page.
-    return succeeded && console.ReportsShown() == 0 ? 0 : 1;
+    bars.Stop();
+    if (folder) {
+        if (succeeded) {
+            folder->Keep();
+        } else if (!folder->RollBack()) {
+            out << "halvane " << plan.command << ": " << plan.workFolder
+                << ": not everything the run wrote could be removed\n";
+        }
+    }
+    if (succeeded) std::cout << results.str() << std::flush;
+    if (stoppedBy != 0) {
+        out << "halvane " << plan.command << ": stopped by " << SignalName(stoppedBy)
+            << (folder ? "; the working folder is as it was" : "") << "\n";
+        return 128 + stoppedBy;
+    }
+    return succeeded ? 0 : 1;
 }
 
 int RunCalc(const Arguments& arguments) {
@@ -103,13 +187,15 @@ int RunCalc(const Arguments& arguments) {
         }
         bindings.emplace_back(it->second.substr(0, equals), it->second.substr(equals + 1));
     }
-    return RunReported("calc", arguments.Has("--trace"), [&] {
+    return RunReported(arguments, {"calc", folder, {"Map algebra"}}, [&](CommandRun& run) {
         // The output workspace must exist before it is opened; Save would make it too late.
         std::filesystem::create_directories(folder);
         raster::RasterMapAlgebraOp op;
         op.OutWorkspace(nuWS_PathOpenIRasterWorkspace(folder));
-        for (const auto& [bound, path] : bindings) op.BindRaster(OpenInput(path), bound);
-        return Save(op.Execute(arguments.positional[0]), folder, name);
+        for (const auto& [bound, path] : bindings) op.BindRaster(OpenInput(run, path), bound);
+        const raster::RasterPtr result = op.Execute(arguments.positional[0]);
+        run.NextStage();
+        return Save(result, folder, name);
     });
 }
 
@@ -117,17 +203,18 @@ int RunSlope(const Arguments& arguments) {
     const std::string folder = arguments.Required("--workdir");
     const std::string name = arguments.Required("--name");
     if (arguments.positional.size() != 1) throw UsageError{"give exactly one input grid"};
-    return RunReported("slope", arguments.Has("--trace"), [&] {
-        return Save(raster::RasterSurfaceOp().Slope(OpenInput(arguments.positional[0]), 1), folder,
-                    name);
+    return RunReported(arguments, {"slope", folder, {"Slope in degrees"}}, [&](CommandRun& run) {
+        const raster::RasterPtr input = OpenInput(run, arguments.positional[0]);
+        run.NextStage();
+        return Save(raster::RasterSurfaceOp().Slope(input, 1), folder, name);
     });
 }
 
 int RunInfo(const Arguments& arguments) {
     if (arguments.positional.size() != 1) throw UsageError{"give exactly one grid"};
     const bool json = arguments.Has("--json");
-    return RunReported("info", false, [&] {
-        raster::RasterPtr raster = OpenInput(arguments.positional[0]);
+    return RunReported(arguments, {"info", "", {}}, [&](CommandRun& run) {
+        raster::RasterPtr raster = OpenInput(run, arguments.positional[0]);
         const raster::Grid& grid = raster->GetGrid();
         const raster::Envelope extent = raster->Extent();
         const std::shared_ptr<raster::RasterBand> band = raster->Item(0);
@@ -176,7 +263,8 @@ int RunInfo(const Arguments& arguments) {
                 out << "[";
                 const char* separator = "";
                 for (const raster::AttributeRow& row : band->AttributeTable()) {
-                    out << separator << "[" << row.Value << ", " << runtime::JsonString(row.Class_Name) << "]";
+                    out << separator << "[" << row.Value << ", "
+                        << runtime::JsonString(row.Class_Name) << "]";
                     separator = ", ";
                 }
                 out << "]";

@@ -4,9 +4,11 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "apps/CommandLine.h"
-#include "platform/ui/ConsoleServices.h"
+#include "platform/raster/Fwd.h"
+#include "platform/reporting/CommandLineStyle.h"
 
 namespace halvane::apps {
 
@@ -14,19 +16,49 @@ int RunCalc(const Arguments& arguments);
 int RunSlope(const Arguments& arguments);
 int RunInfo(const Arguments& arguments);
 
-// Runs body with the console as the desktop, and the engine's passes on a bar
-// of the command's own beside the stages' progress dialog; a failure is
-// reported as the desktop would report it, and with `trace` every call on the
-// map algebra operators is printed there too. Gives the exit status: 0, or 1
-// when body gave false or any failure was reported.
-int RunReported(const std::string& command, bool trace, const std::function<bool()>& body);
-// The same on the caller's console, which shows the progress it chooses to;
-// the engine's own passes show none.
-int RunReported(ui::ConsoleServices& console, const std::string& command, bool trace,
-                const std::function<bool()>& body);
+// What a run shows and where it writes.
+struct RunPlan {
+    std::string command;              // "classify"
+    std::string workFolder;           // all or nothing there; empty: writes no grids
+    std::vector<std::string> stages;  // one progress bar each; none: no bars
+};
 
-// Makes the console of each run of the first RunReported: on stderr, unless a
-// test has put a maker of its own here to watch what the runs show.
-std::function<std::unique_ptr<ui::ConsoleServices>()>& RunConsole();
+// A run under way: its stage bars and its console in the command line's style.
+class CommandRun {
+public:
+    CommandRun(const RunPlan& plan, reporting::StageBars& bars,
+               reporting::CommandLineServices& console)
+        : plan_(plan), bars_(bars), console_(console) {}
+    // The next stage's bar, ending the one before.
+    void NextStage();
+    reporting::StageBars& Bars() { return bars_; }
+    // Reports `text` as the run's failure and stops the run.
+    [[noreturn]] void Fail(const std::string& text) { console_.Fail(text); }
+    // Fails unless `path` is a grid that can be read: it is missing, empty,
+    // or no raster.
+    void CheckInput(const std::string& path);
+
+private:
+    const RunPlan& plan_;
+    reporting::StageBars& bars_;
+    reporting::CommandLineServices& console_;
+    std::size_t stage_ = 0;
+};
+
+// Runs body in the command line's style (see CommandLineStyle.h), with
+// --trace and --quiet taken from `arguments`: body starts each stage's bar,
+// the engine's passes move the bar of the stage under way, a failure is one
+// line and ends the run, and SIGINT or SIGTERM stop it. A run that fails or
+// is stopped leaves its working folder as it found it. Gives the exit status:
+// 0; 1 when the run failed; 128 + the signal when one stopped it.
+int RunReported(const Arguments& arguments, const RunPlan& plan,
+                const std::function<bool(CommandRun&)>& body);
+
+// Where runs write their reports and bars: stderr, unless a test puts a
+// stream here (its bars then take the log style).
+std::ostream*& RunConsole();
+
+// The input grid of a command, opened; the check of CommandRun::CheckInput first.
+raster::RasterPtr OpenInput(CommandRun& run, const std::string& path);
 
 }  // namespace halvane::apps

@@ -7,9 +7,9 @@
 #include "engine/RasterAccess.h"
 #include "engine/ResultLayers.h"
 #include "engine/Session.h"
-#include "host/ErrorHandling.h"
-#include "host/modProgDialog.h"
 #include "platform/raster/MapAlgebra.h"
+#include "platform/reporting/ErrorHandling.h"
+#include "platform/reporting/modProgDialog.h"
 #include "platform/runtime/Convert.h"
 #include "platform/runtime/Text.h"
 

@@ -1,6 +1,6 @@
 #include "classification/clsClassificationRec.h"
 
-#include "host/ErrorHandling.h"
+#include "platform/reporting/ErrorHandling.h"
 #include "platform/runtime/Convert.h"
 
 namespace halvane::classification {

@@ -1,7 +1,7 @@
 #include "classification/clsXMLPrjFile.h"
 
-#include "host/ErrorHandling.h"
-#include "host/HTMLHelp.h"
+#include "platform/reporting/ErrorHandling.h"
+#include "platform/reporting/HTMLHelp.h"
 #include "platform/runtime/Failure.h"
 #include "platform/runtime/Text.h"
 

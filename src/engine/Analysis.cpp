@@ -2,7 +2,7 @@
 
 #include "engine/RasterAccess.h"
 #include "engine/Session.h"
-#include "host/ErrorHandling.h"
+#include "platform/reporting/ErrorHandling.h"
 #include "platform/runtime/Convert.h"
 
 namespace halvane {

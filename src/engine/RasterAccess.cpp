@@ -1,6 +1,6 @@
 #include "engine/RasterAccess.h"
 
-#include "host/ErrorHandling.h"
+#include "platform/reporting/ErrorHandling.h"
 #include "platform/runtime/Text.h"
 
 namespace halvane {

@@ -1,8 +1,8 @@
 #include "engine/ResultLayers.h"
 
 #include "engine/Session.h"
-#include "host/ErrorHandling.h"
 #include "platform/raster/Storage.h"
+#include "platform/reporting/ErrorHandling.h"
 #include "platform/runtime/Convert.h"
 
 namespace halvane {

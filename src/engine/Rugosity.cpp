@@ -6,8 +6,8 @@
 
 #include "engine/RasterAccess.h"
 #include "engine/Session.h"
-#include "host/modProgDialog.h"
 #include "platform/raster/MapAlgebra.h"
+#include "platform/reporting/modProgDialog.h"
 #include "platform/runtime/Convert.h"
 
 namespace halvane {

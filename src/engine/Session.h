@@ -7,8 +7,8 @@
 #include <memory>
 #include <string>
 
-#include "host/modProgDialog.h"  // g_b_Continue belongs to the session too
 #include "platform/raster/Fwd.h"
+#include "platform/reporting/modProgDialog.h"  // g_b_Continue belongs to the session too
 #include "platform/runtime/Convert.h"
 
 namespace halvane {

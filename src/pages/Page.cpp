@@ -20,7 +20,10 @@
 #include <limits>
 
 #include "engine/Session.h"
-#include "host/HTMLHelp.h"
+#include "platform/map/Application.h"
+#include "platform/map/Layers.h"
+#include "platform/map/Map.h"
+#include "platform/reporting/HTMLHelp.h"
 
 namespace halvane::pages {
 namespace {
@@ -306,6 +309,17 @@ void Page::HandOver(PageSlot& next) {
     g_frm_PreviousPage = &slot_;
     Hide();
     next.Show();
+}
+
+void Page::AddToFocusMap(std::initializer_list<raster::RasterDatasetPtr> datasets) {
+    m_pDoc = runtime::Deref(m_pApp).Document();
+    m_pMap = runtime::Deref(m_pDoc).FocusMap();
+    for (const raster::RasterDatasetPtr& dataset : datasets) {
+        if (!dataset) continue;
+        auto layer = std::make_shared<map::RasterLayer>();
+        layer->CreateFromDataset(dataset);
+        runtime::Deref(m_pMap).AddLayer(layer);
+    }
 }
 
 void Page::GoBack() {

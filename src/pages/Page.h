@@ -10,11 +10,13 @@
 #include <QWidget>
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
-#include "host/ErrorHandling.h"
 #include "platform/map/Fwd.h"
+#include "platform/raster/Fwd.h"
+#include "platform/reporting/ErrorHandling.h"
 #include "platform/runtime/Failure.h"
 
 class QAbstractButton;
@@ -158,6 +160,9 @@ protected:
     void HandOver(PageSlot& next);
     // Back: hide, show the Back link.
     void GoBack();
+    // After a Yes to "Add Data to Map?": resolves m_pDoc and m_pMap from
+    // m_pApp, then adds a layer for each dataset that is not null, in order.
+    void AddToFocusMap(std::initializer_list<raster::RasterDatasetPtr> datasets);
     // A help button: the topic of the help file, with no owner window.
     void ShowHelp(const char* topic);
     // In a stand-alone run a stage page does its one stage and ends: no Next,

@@ -2,8 +2,8 @@
 #include <QPushButton>
 
 #include "engine/Session.h"
-#include "host/HTMLHelp.h"
 #include "pages/frmRugosity.h"
+#include "platform/reporting/HTMLHelp.h"
 
 namespace halvane::pages {
 

@@ -10,9 +10,6 @@
 #include "engine/Analysis.h"
 #include "engine/RasterAccess.h"
 #include "engine/Session.h"
-#include "platform/map/Application.h"
-#include "platform/map/Layers.h"
-#include "platform/map/Map.h"
 #include "platform/raster/Storage.h"
 
 namespace halvane::pages {
@@ -184,13 +181,7 @@ void frmZoneSetup_resamplingPage::cmdSubmitResampleData_Click() {
 
         if (ui::Services().MsgBox("Calculation complete. Would you like to add data to the map?",
                                   ui::vbYesNo, "Add Data to Map?") == ui::vbYes) {
-            m_pDoc = runtime::Deref(m_pApp).Document();
-            m_pMap = runtime::Deref(m_pDoc).FocusMap();
-            if (g_p_BPI_RasterDataset) {
-                auto layer = std::make_shared<map::RasterLayer>();
-                layer->CreateFromDataset(g_p_BPI_RasterDataset);
-                runtime::Deref(m_pMap).AddLayer(layer);
-            }
+            AddToFocusMap({g_p_BPI_RasterDataset});
         }
         // A second submission takes a new click on "Yes".
         cmdNext->setEnabled(true);

@@ -1,8 +1,5 @@
 #include "pages/frmZoneStep1.h"
 
-#include <QLabel>
-#include <QPushButton>
-
 #include "engine/Session.h"
 
 namespace halvane::pages {
@@ -10,30 +7,38 @@ namespace halvane::pages {
 Slot<frmZoneStep1Page> frmZoneStep1("frmZoneStep1");
 
 namespace {
-constexpr const char* kModule = "frmZoneStep1";
-}
 
-frmZoneStep1Page::frmZoneStep1Page(PageSlot& slot) : Page(slot, kModule) {
-    NewLabel("lblHeading", QStringLiteral("Broad scale BPI grid"));
-    cmdSet_smallScale_BPI = NewButton("cmdSet_smallScale_BPI", QStringLiteral("Generate Grid"));
-    cmdAboutBathymPositionIndexGrids =
-        NewButton("cmdAboutBathymPositionIndexGrids",
-                  QStringLiteral("More about Bathymetric Position Index grids..."));
-    NewButtonRow();
-    OnClick(cmdAboutBathymPositionIndexGrids, "cmdAboutBathymPositionIndexGrids_Click", kTopLevel,
-            [this] { ShowHelp("bpi.htm"); });
-    OnClick(cmdNext, "cmdNext_Click", kTopLevel, [this] { HandOver(frmZoneStep2); });
-    OnClick(cmdBack, "cmdBack_Click", kTopLevel, [this] { GoBack(); });
-    OnClick(cmdCancel, "cmdCancel_Click", kTopLevel, [] { ExitProj(); });
-}
+const BpiScale kBroad = {
+    .module = "frmZoneStep1",
+    .heading = "Create Broad Scale Bathymetric Position Index (BPI) grid",
+    .subHeading = "Radii in cells; the scale factor is the outer radius in map units",
+    .frame = "Broad scale BPI grid",
+    .innerBox = "g_i_SmScaleBPI_inner_radius",
+    .outerBox = "g_i_SmScaleBPI_outer_radius",
+    .scaleLabel = "lbl_SmScaleBPI_ScaleFactor",
+    .saveOption = "optSaveSmallScaleBPI_OutputData",
+    .nameBox = "g_s_SaveSmallScaleBPI_OutputData",
+    .runButton = "cmdSet_smallScale_BPI",
+    .namedCaption = "Yes. Please specify output data set name.",
+    .outerOnLoad = "5",
+    .innerRadius = &g_i_SmScaleBPI_inner_radius,
+    .outerRadius = &g_i_SmScaleBPI_outer_radius,
+    .grid = &g_s_SS_BPI_InputDataSet,
+    .gridDataset = &g_p_SS_BPI_RasterDataset,
+    .tag = "BroadBPI",
+    .temporary = "tmpBroadBPI",
+    .requiredData = &frmZoneStep1_reqdata,
+    .next = &frmZoneStep2,
+    .noNameTitle = "Please Specify An output data set name..",
+    .noNameText = "Please specify an output data set name.",
+    .outerNotGreaterText = "The Outer Radius cannot be smaller than the Inner radius",
+    .notBuiltTitle = "Please build a Broad Scale BPI..",
+    .notBuiltText = "Please build a Broad Scale BPI grid before continuing.",
+    .fine = false,
+};
 
-void frmZoneStep1Page::Form_Load() {
-    Event("Form_Load", kTopLevel, [this] {
-        // This page takes its Back link before its guard, unlike the fine-scale page.
-        m_frmPrevious = g_frm_PreviousPage;
-        if (!HasInputElse(!g_s_BPI_DataSet.empty(), frmZoneStep1_reqdata)) return;
-        ApplyRunMode();
-    });
-}
+}  // namespace
+
+frmZoneStep1Page::frmZoneStep1Page(PageSlot& slot) : BpiPage(slot, kBroad) {}
 
 }  // namespace halvane::pages

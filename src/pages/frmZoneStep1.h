@@ -1,21 +1,21 @@
 #pragma once
-// Broad scale BPI grid. For now a shell: caption, help, the run button and the button row,
-// with the Form_Load guard and run mode of the flow; the stage's controls and
-// its run come with the stage's own work.
+// The broad-scale BPI grid: radii 1 and 5 at first, the grid kept as
+// g_s_SS_BPI_InputDataSet.
 
-#include "pages/Pages.h"
+#include "pages/BpiPage.h"
 
 namespace halvane::pages {
 
-class frmZoneStep1Page : public Page {
+class frmZoneStep1Page : public BpiPage {
 public:
     explicit frmZoneStep1Page(PageSlot& slot);
 
-    QPushButton* cmdAboutBathymPositionIndexGrids;
-    QPushButton* cmdSet_smallScale_BPI;
-
-protected:
-    void Form_Load() override;
+    QLineEdit*& g_i_SmScaleBPI_inner_radius = innerBox;
+    QLineEdit*& g_i_SmScaleBPI_outer_radius = outerBox;
+    QLabel*& lbl_SmScaleBPI_ScaleFactor = scaleLabel;
+    std::array<QRadioButton*, 2>& optSaveSmallScaleBPI_OutputData = saveOption;
+    QLineEdit*& g_s_SaveSmallScaleBPI_OutputData = nameBox;
+    QPushButton*& cmdSet_smallScale_BPI = runButton;
 };
 
 }  // namespace halvane::pages

@@ -1,8 +1,5 @@
 #include "pages/frmZoneStep2.h"
 
-#include <QLabel>
-#include <QPushButton>
-
 #include "engine/Session.h"
 
 namespace halvane::pages {
@@ -10,30 +7,38 @@ namespace halvane::pages {
 Slot<frmZoneStep2Page> frmZoneStep2("frmZoneStep2");
 
 namespace {
-constexpr const char* kModule = "frmZoneStep2";
-}
 
-frmZoneStep2Page::frmZoneStep2Page(PageSlot& slot) : Page(slot, kModule) {
-    NewLabel("lblHeading", QStringLiteral("Fine scale BPI grid"));
-    cmdSet_largeScale_BPI = NewButton("cmdSet_largeScale_BPI", QStringLiteral("Generate Grid"));
-    cmdAboutBathymPositionIndexGrids =
-        NewButton("cmdAboutBathymPositionIndexGrids",
-                  QStringLiteral("More about Bathymetric Position Index grids..."));
-    NewButtonRow();
-    OnClick(cmdAboutBathymPositionIndexGrids, "cmdAboutBathymPositionIndexGrids_Click", kTopLevel,
-            [this] { ShowHelp("bpi.htm"); });
-    OnClick(cmdNext, "cmdNext_Click", kTopLevel, [this] { HandOver(frmZoneStep3); });
-    OnClick(cmdBack, "cmdBack_Click", kTopLevel, [this] { GoBack(); });
-    OnClick(cmdCancel, "cmdCancel_Click", kTopLevel, [] { ExitProj(); });
-}
+const BpiScale kFine = {
+    .module = "frmZoneStep2",
+    .heading = "Create Fine Scale Bathymetric Position Index (BPI) grid",
+    .subHeading = "Radii in cells; the scale factor is the outer radius in map units",
+    .frame = "Fine scale BPI grid",
+    .innerBox = "g_i_LgScaleBPI_inner_radius",
+    .outerBox = "g_i_LgScaleBPI_outer_radius",
+    .scaleLabel = "lbl_lgScaleBPI_ScaleFactor",
+    .saveOption = "optSaveLargeScaleBPI_OutputData",
+    .nameBox = "g_s_SaveLargeScaleBPI_OutputData",
+    .runButton = "cmdSet_largeScale_BPI",
+    .namedCaption = "Yes. Please specify output data set.",
+    .outerOnLoad = "3",
+    .innerRadius = &g_i_LgScaleBPI_inner_radius,
+    .outerRadius = &g_i_LgScaleBPI_outer_radius,
+    .grid = &g_s_LS_BPI_InputDataSet,
+    .gridDataset = &g_p_LS_BPI_RasterDataset,
+    .tag = "FineBPI",
+    .temporary = "tmpFineBPI",
+    .requiredData = &frmZoneStep2_reqdata,
+    .next = &frmZoneStep3,
+    .noNameTitle = "Please Specify An Output Dataset..",
+    .noNameText = "Please specify an Output Dataset before submitting.",
+    .outerNotGreaterText = "The Outer Radius cannot be smaller than the inner cell size",
+    .notBuiltTitle = "Please build a Large Scale BPI..",
+    .notBuiltText = "Please build a Large Scale BPI grid before continuing.",
+    .fine = true,
+};
 
-void frmZoneStep2Page::Form_Load() {
-    Event("Form_Load", kTopLevel, [this] {
-        if (!HasInputElse(!g_s_BPI_DataSet.empty(), frmZoneStep2_reqdata)) return;
-        ApplyRunMode();
-        // Only once the input test has passed, unlike the broad-scale page.
-        m_frmPrevious = g_frm_PreviousPage;
-    });
-}
+}  // namespace
+
+frmZoneStep2Page::frmZoneStep2Page(PageSlot& slot) : BpiPage(slot, kFine) {}
 
 }  // namespace halvane::pages

@@ -1,21 +1,21 @@
 #pragma once
-// Fine scale BPI grid. For now a shell: caption, help, the run button and the button row,
-// with the Form_Load guard and run mode of the flow; the stage's controls and
-// its run come with the stage's own work.
+// The fine-scale BPI grid: radii 1 and 3 at first, the grid kept as
+// g_s_LS_BPI_InputDataSet.
 
-#include "pages/Pages.h"
+#include "pages/BpiPage.h"
 
 namespace halvane::pages {
 
-class frmZoneStep2Page : public Page {
+class frmZoneStep2Page : public BpiPage {
 public:
     explicit frmZoneStep2Page(PageSlot& slot);
 
-    QPushButton* cmdAboutBathymPositionIndexGrids;
-    QPushButton* cmdSet_largeScale_BPI;
-
-protected:
-    void Form_Load() override;
+    QLineEdit*& g_i_LgScaleBPI_inner_radius = innerBox;
+    QLineEdit*& g_i_LgScaleBPI_outer_radius = outerBox;
+    QLabel*& lbl_lgScaleBPI_ScaleFactor = scaleLabel;
+    std::array<QRadioButton*, 2>& optSaveLargeScaleBPI_OutputData = saveOption;
+    QLineEdit*& g_s_SaveLargeScaleBPI_OutputData = nameBox;
+    QPushButton*& cmdSet_largeScale_BPI = runButton;
 };
 
 }  // namespace halvane::pages

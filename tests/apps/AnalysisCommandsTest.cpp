@@ -7,9 +7,9 @@
 #include <filesystem>
 
 #include "apps/CommandLine.h"
-#include "support/Halvane.h"
 #include "platform/runtime/Convert.h"
 #include "support/GridFiles.h"
+#include "support/Halvane.h"
 
 namespace halvane::apps {
 namespace {
@@ -54,11 +54,12 @@ TEST_F(AnalysisCommandsTest, BpiPicksTheScaleNameAndRadiiAsGiven) {
     const double mean = (values_[1] + values_[6] + values_[7]) / 3;
     EXPECT_EQ(fine[0], std::trunc(values_[0] - mean + .5));
 
-    // The name is taken; a radius the engine can't read; a grid that isn't there.
+    // The name is taken; a grid that isn't there; a radius that is no number,
+    // refused before anything runs.
     EXPECT_EQ(Halvane({"bpi", "--workdir", work_, "--inner", "1", "--outer", "2", input}), 1);
     EXPECT_EQ(
         Halvane({"bpi", "--workdir", work_, "--inner", "1", "--outer", "x", "--name", "b2", input}),
-        1);
+        2);
     EXPECT_FALSE(fs::exists(Work("b2")));
     EXPECT_EQ(Halvane({"bpi", "--workdir", work_, "--inner", "1", "--outer", "2", "--name", "b3",
                        dir_ / "nothing.tif"}),
@@ -107,10 +108,11 @@ TEST_F(AnalysisCommandsTest, ResampleTakesThePagesMethodTexts) {
     EXPECT_EQ(
         Halvane({"resample", "--workdir", work_, "--name", "r25", "--cell-size", "25", input}),
         0);  // Cubic Convolution
-    // The usual spelling is not the page's, so no keyword reaches the engine.
+    // The usual spelling is neither the page's nor a short name: refused
+    // before anything runs.
     EXPECT_EQ(Halvane({"resample", "--workdir", work_, "--name", "r30", "--cell-size", "30",
                        "--method", "Bilinear Interpolation", input}),
-              1);
+              2);
     EXPECT_FALSE(fs::exists(Work("r30")));
     EXPECT_EQ(Halvane({"resample", "--workdir", work_, "--cell-size", "30", input}), 2);
 }

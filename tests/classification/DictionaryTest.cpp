@@ -6,7 +6,7 @@
 #include <functional>
 
 #include "classification/clsXMLPrjFile.h"
-#include "host/ErrorHandling.h"
+#include "platform/reporting/ErrorHandling.h"
 #include "support/GridFiles.h"
 #include "support/ScriptedDesktop.h"
 

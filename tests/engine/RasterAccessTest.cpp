@@ -6,7 +6,7 @@
 #include <filesystem>
 
 #include "engine/RasterAccess.h"
-#include "host/ErrorHandling.h"
+#include "platform/reporting/ErrorHandling.h"
 #include "support/GridFiles.h"
 #include "support/ScriptedDesktop.h"
 #include "support/Unprivileged.h"

@@ -7,8 +7,8 @@
 
 #include "engine/ResultLayers.h"
 #include "engine/Session.h"
-#include "host/ErrorHandling.h"
 #include "platform/raster/Storage.h"
+#include "platform/reporting/ErrorHandling.h"
 #include "support/GridFiles.h"
 #include "support/ScriptedDesktop.h"
 

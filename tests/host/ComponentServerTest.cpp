@@ -9,11 +9,11 @@
 #include <fstream>
 #include <sstream>
 
-#include "host/HTMLHelp.h"
 #include "host/component/ClassTable.h"
 #include "host/component/ComponentHost.h"
 #include "host/component/Registry.h"
 #include "platform/map/Application.h"
+#include "platform/reporting/HTMLHelp.h"
 #include "support/GridFiles.h"
 #include "support/PageDesktop.h"
 

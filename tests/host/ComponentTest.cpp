@@ -10,11 +10,11 @@
 #include <memory>
 #include <set>
 
-#include "host/HTMLHelp.h"
 #include "host/component/ClassTable.h"
 #include "host/component/Commands.h"
 #include "platform/map/Application.h"
 #include "platform/raster/Storage.h"
+#include "platform/reporting/HTMLHelp.h"
 #include "support/GridFiles.h"
 #include "support/PageDesktop.h"
 

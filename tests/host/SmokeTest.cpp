@@ -7,8 +7,8 @@
 #include <iostream>
 #include <sstream>
 
-#include "host/ErrorHandling.h"
-#include "host/modProgDialog.h"
+#include "platform/reporting/ErrorHandling.h"
+#include "platform/reporting/modProgDialog.h"
 #include "platform/runtime/Convert.h"
 #include "platform/ui/ConsoleServices.h"
 

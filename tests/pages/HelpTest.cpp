@@ -8,7 +8,7 @@
 #include <regex>
 #include <sstream>
 
-#include "host/HTMLHelp.h"
+#include "platform/reporting/HTMLHelp.h"
 #include "support/PageDesktop.h"
 
 namespace halvane {

@@ -7,8 +7,8 @@
 #include <QPushButton>
 #include <set>
 
-#include "host/HTMLHelp.h"
 #include "pages/frmIntro.h"
+#include "platform/reporting/HTMLHelp.h"
 #include "support/PageDesktop.h"
 
 namespace halvane {

@@ -62,6 +62,16 @@ protected:
         EXPECT_LT(inside.bottom() - last.bottom(), 24) << page.Name();
     }
 
+    // The wizard started on a grid of 2.5 m cells in `folder`, its welcome page gone.
+    static void WizardOnAnInputGrid(const testing::TempDir& folder) {
+        testing::WriteGrid(folder / "multibeam.tif", {500000, 6000000, 2.5, 2.5, 8, 6},
+                           std::vector<double>(48, -20.0));
+        g_s_InputDataSet = "multibeam.tif";
+        g_s_InputDataPath = folder.Path().string();
+        StartWizard();
+        frmIntro.Hide();
+    }
+
     static void Photograph(PageSlot& page) {
         QWidget& window = page.Get();
         testing::SaveScreenshot(
@@ -98,12 +108,7 @@ TEST_F(PageLayoutTest, SetupPage) {
 
 TEST_F(PageLayoutTest, ResamplingPageWithItsInputGrid) {
     testing::TempDir folder;
-    testing::WriteGrid(folder / "multibeam.tif", {500000, 6000000, 2.5, 2.5, 8, 6},
-                       std::vector<double>(48, -20.0));
-    g_s_InputDataSet = "multibeam.tif";
-    g_s_InputDataPath = folder.Path().string();
-    StartWizard();
-    frmIntro.Hide();
+    WizardOnAnInputGrid(folder);
     frmZoneSetup_resampling.Show();
     Click(frmZoneSetup_resampling, "g_b_Resample(0)");
     Type(frmZoneSetup_resampling, "g_s_OutputDataSet", "multibeam5m");
@@ -117,6 +122,43 @@ TEST_F(PageLayoutTest, ResamplingPageWithItsInputGrid) {
     ExpectBeside(frmZoneSetup_resampling, "g_s_OutputDataSet", "cmdSubmitResampleData");
     ExpectWholeDialog(frmZoneSetup_resampling, "cmdCancel");
     Photograph(frmZoneSetup_resampling);
+}
+
+TEST_F(PageLayoutTest, BpiPagesOnTheirInputGrid) {
+    testing::TempDir folder;
+    WizardOnAnInputGrid(folder);
+    g_s_BPI_DataSet = g_s_InputDataSet;
+    struct Scale {
+        PageSlot& page;
+        const char *inner, *outer, *scale, *name, *run, *option;
+        const char* scaleFactor;
+    };
+    const Scale scales[] = {
+        {frmZoneStep1, "g_i_SmScaleBPI_inner_radius", "g_i_SmScaleBPI_outer_radius",
+         "lbl_SmScaleBPI_ScaleFactor", "g_s_SaveSmallScaleBPI_OutputData", "cmdSet_smallScale_BPI",
+         "optSaveSmallScaleBPI_OutputData(1)", "12"},
+        {frmZoneStep2, "g_i_LgScaleBPI_inner_radius", "g_i_LgScaleBPI_outer_radius",
+         "lbl_lgScaleBPI_ScaleFactor", "g_s_SaveLargeScaleBPI_OutputData", "cmdSet_largeScale_BPI",
+         "optSaveLargeScaleBPI_OutputData(1)", "8"},
+    };
+    for (const Scale& scale : scales) {
+        SCOPED_TRACE(scale.page.Name());
+        scale.page.Show();
+        // 5 and 3 cells of 2.5 m: 12.5 goes to the even 12, 7.5 to 8.
+        EXPECT_EQ(Text(scale.page, scale.scale), scale.scaleFactor);
+        ExpectBeside(scale.page, "lblCurrentInput", "lbl_InputDataSet");
+        ExpectBeside(scale.page, "lblRadius(0)", scale.inner);
+        ExpectBeside(scale.page, "lblRadius(1)", scale.outer);
+        ExpectBeside(scale.page, "lblRadius(2)", scale.scale);
+        EXPECT_LT(Frame(scale.page, scale.inner).bottom(), Frame(scale.page, scale.outer).top());
+        EXPECT_LT(Frame(scale.page, scale.option).bottom(), Frame(scale.page, scale.name).top());
+        EXPECT_LT(Frame(scale.page, scale.run).bottom(), Frame(scale.page, "cmdBack").top());
+        ExpectBeside(scale.page, "cmdAboutBathymPositionIndexGrids", "cmdBack");
+        ExpectBeside(scale.page, "cmdNext", "cmdCancel");
+        ExpectWholeDialog(scale.page, "cmdCancel");
+        Photograph(scale.page);
+        scale.page.Hide();
+    }
 }
 
 TEST_F(PageLayoutTest, RequiredDataDialogs) {
@@ -157,6 +199,85 @@ TEST_F(PageLayoutTest, RequiredDataDialogs) {
         Photograph(dialog.page);
         dialog.page.Unload();
     }
+}
+
+TEST_F(PageLayoutTest, StandardizationPageOnBothTabs) {
+    testing::TempDir folder;
+    const raster::Grid grid{500000, 6000000, 10, 10, 8, 6};
+    std::vector<double> cells(48);
+    for (std::size_t i = 0; i < cells.size(); ++i) cells[i] = static_cast<double>(i % 7) - 3;
+    for (const char* name : {"fineBPI", "broadBPI"}) {
+        testing::WriteGrid(folder / (std::string(name) + ".tif"), grid, cells, true);
+    }
+    g_s_LS_BPI_InputDataSet = "fineBPI";
+    g_p_LS_BPI_RasterDataset = raster::RasterDataset::Open(folder / "fineBPI.tif");
+    g_s_SS_BPI_InputDataSet = "broadBPI";
+    g_p_SS_BPI_RasterDataset = raster::RasterDataset::Open(folder / "broadBPI.tif");
+    g_s_WorkingDir = folder.Path().string();
+    StartWizard();
+    frmIntro.Hide();
+    frmZoneStep3.Show();
+    EXPECT_EQ(Text(frmZoneStep3, "lblHeading"), "Standardize the BPI grids");
+    QWidget* tabs = Find(frmZoneStep3, "tabStandardizeBPIgrids");
+    ASSERT_NE(tabs, nullptr);
+
+    struct Tab {
+        const char* frame;
+        const char* frameCaption;
+        std::vector<std::pair<const char*, const char*>> rows;
+        std::vector<const char*> column;  // top to bottom
+        const char* button;
+    };
+    const Tab both[] = {
+        {"Frame1(0)",
+         "Fine scale BPI grid statistics",
+         {{"Label1(0)", "lbl_LgScale_BPI_Grid(0)"},
+          {"Label2(0)", "lbl_Lg_ScaleBPI_Mean(0)"},
+          {"Label3(0)", "lbl_Lg_ScaleBPI_StDev(0)"}},
+         {"Frame1(0)", "Label4(0)", "optSave_LS_StdGrid(0)", "optSave_LS_StdGrid(1)",
+          "g_s_Save_LgScale_Std_Grid", "cmdNext_This"},
+         "cmdNext_This"},
+        {"Frame1(1)",
+         "Broad scale BPI grid statistics",
+         {{"Label1(1)", "lbl_SmScale_BPI_Grid(1)"},
+          {"Label2(1)", "lbl_SmScale_BPIStat_Mean(1)"},
+          {"Label3(1)", "lbl_SmScale_BPIStat_StDev(1)"}},
+         {"Frame1(1)", "Label4(1)", "optSave_SS_StdGrid(0)", "optSave_SS_StdGrid(1)",
+          "g_s_Save_SmScale_Std_Grid", "cmdSubmit(1)"},
+         "cmdSubmit(1)"},
+    };
+    for (int index = 0; index < 2; ++index) {
+        const Tab& tab = both[index];
+        SCOPED_TRACE(tab.frameCaption);
+        tabs->setProperty("currentIndex", index);
+        QCoreApplication::sendPostedEvents();
+        EXPECT_EQ(Find(frmZoneStep3, tab.frame)->property("title").toString().toStdString(),
+                  tab.frameCaption);
+        // The statistics sit in their frame, each value beside its caption.
+        const QRect frame = Frame(frmZoneStep3, tab.frame);
+        for (const auto& [caption, value] : tab.rows) {
+            ExpectBeside(frmZoneStep3, caption, value);
+            EXPECT_TRUE(frame.contains(Frame(frmZoneStep3, value))) << value;
+        }
+        for (std::size_t i = 1; i < tab.column.size(); ++i) {
+            EXPECT_LE(Frame(frmZoneStep3, tab.column[i - 1]).bottom(),
+                      Frame(frmZoneStep3, tab.column[i]).top())
+                << tab.column[i - 1] << " above " << tab.column[i];
+        }
+        // The tab's own button in its bottom right corner.
+        const QRect inside(tabs->mapTo(&frmZoneStep3.Get(), QPoint(0, 0)), tabs->size());
+        const QRect button = Frame(frmZoneStep3, tab.button);
+        EXPECT_LT(inside.right() - button.right(), 24);
+        EXPECT_LT(inside.bottom() - button.bottom(), 24);
+        ExpectWholeDialog(frmZoneStep3, "cmdCancel");
+        QWidget& window = frmZoneStep3.Get();
+        testing::SaveScreenshot(
+            testing::WithTitleBar(window.grab().toImage(), window.windowTitle()),
+            index == 0 ? "frmZoneStep3" : "frmZoneStep3-broad");
+    }
+    ExpectBeside(frmZoneStep3, "cmdAboutBPIGridStandardization", "cmdBack");
+    ExpectBeside(frmZoneStep3, "cmdBack", "cmdNext");
+    ExpectBeside(frmZoneStep3, "cmdNext", "cmdCancel");
 }
 
 }  // namespace

@@ -220,6 +220,14 @@ TEST(AlignmentTest, PartlyOverlappingGridsMeetOnTheFirstLattice) {
     apart.BindRaster(testing::OpenRaster(dir / "a.tif"), "a");
     apart.BindRaster(apart.Execute("Shift([a], 500, 500)"), "far");
     EXPECT_THROW(apart.Execute("[a] + [far]"), runtime::Failure);
+    // Found by fuzzing: a grid shifted beyond any integer count of cells is
+    // refused, not counted in an overflowing integer.
+    EXPECT_THROW(apart.Execute("Shift([a], 500010, 4e+21) + [a]"), runtime::Failure);
+    EXPECT_THROW(apart.Execute("[a] + Shift([a], -4e+21, 0)"), runtime::Failure);
+    // Also found by fuzzing: brackets nested without end are a syntax error,
+    // not a stack overflow; 200 levels still parse.
+    EXPECT_THROW(apart.Execute(std::string(100000, '(') + "[a]"), runtime::Failure);
+    EXPECT_NO_THROW(apart.Execute(std::string(199, '(') + "[a]" + std::string(199, ')')));
 }
 
 TEST(ResampleTest, CubicReproducesPlanesAndFallsBackToNearest) {

@@ -54,6 +54,13 @@ TEST(WorkspaceTest, FolderRulesAndNamesWithoutCase) {
     EXPECT_FALSE(shoal->IsProjected());
     EXPECT_TRUE(dataset->CreateDefaultRaster()->IsProjected());
     EXPECT_THROW(workspace->OpenRasterDataset("Dept"), runtime::Failure);
+
+    // A name made from a browsed file name keeps its inner dot; only the
+    // last extension is the file's.
+    testing::WriteGrid(dir / "Depth.tif_50.tif", grid, testing::Surface(grid, true));
+    RasterDatasetPtr scaled = workspace->OpenRasterDataset("depth.tif_50");
+    EXPECT_EQ(scaled->Name(), "Depth.tif_50");
+    EXPECT_EQ(workspace->OpenRasterDataset("Depth.tif")->Name(), "Depth");
 }
 
 TEST(WorkspaceTest, CopyNeverOverwritesAndLeavesNothingHalfWritten) {

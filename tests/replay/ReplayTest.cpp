@@ -2,8 +2,8 @@
 // a bug report would run them.
 //
 // Every *.replay script of this folder is one test. It runs against a fresh
-// folder of its own: ${DATA} holds the grids below and a text file,
-// notes.txt; ${WORK} is a working folder that holds one grid, "taken". Lines "#= {...}" are what the session
+// folder of its own: ${DATA} holds the grids below, a text file,
+// notes.txt, and a copy of every file of data/ here; ${WORK} is a working folder that holds one grid, "taken". Lines "#= {...}" are what the session
 // must show: the events the replay writes, of the kinds these lines name,
 // must be exactly these, in this order; events of other kinds may come
 // between them.
@@ -15,6 +15,8 @@
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QStringList>
+#include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <regex>
@@ -46,6 +48,8 @@ public:
         testing::WriteGrid(Data() + "/dem.tif", tenMetres, Depths(tenMetres));
         const raster::Grid fiveMetres{500000, 6000000, 5, 5, 20, 20};
         testing::WriteGrid(Data() + "/other.tif", fiveMetres, Depths(fiveMetres));
+        // A longer name, for default grid names at the length limit.
+        testing::WriteGrid(Data() + "/survey.tif", tenMetres, Depths(tenMetres));
         const raster::Grid degrees{4.0, 52.0, 0.001, 0.001, 20, 20};
         testing::WriteGrid(Data() + "/lonlat.tif", degrees, Depths(degrees), false,
                            testing::EpsgWkt(4326));
@@ -53,6 +57,13 @@ public:
         testing::WriteGrid(Data() + "/finestd.tif", tenMetres, Depths(tenMetres), true);
         testing::WriteGrid(Work() + "/taken.tif", tenMetres, Depths(tenMetres));
         std::ofstream(Data() + "/notes.txt") << "soundings of the 12th, not a grid\n";
+        // Files that scripts need as they are, such as dictionaries.
+        const fs::path files = fs::path(HALVANE_REPLAY_DIR) / "data";
+        if (fs::is_directory(files)) {
+            for (const auto& entry : fs::directory_iterator(files)) {
+                fs::copy_file(entry.path(), fs::path(Data()) / entry.path().filename());
+            }
+        }
     }
 
     std::string Data() const { return root_ / "data"; }
@@ -141,7 +152,9 @@ TEST_P(ReplayScript, ShowsWhatItsSessionMustShow) {
         std::string event = Canonical(line, &kind);
         if (kinds.count(kind)) shown.push_back(std::move(event));
     }
-    EXPECT_EQ(shown, expected);
+    std::string session;
+    for (const std::string& line : outcome.lines) session += line + "\n";
+    EXPECT_EQ(shown, expected) << "The whole session:\n" << session;
 }
 
 INSTANTIATE_TEST_SUITE_P(Sessions, ReplayScript, ::testing::ValuesIn(Scripts()),
@@ -150,6 +163,59 @@ INSTANTIATE_TEST_SUITE_P(Sessions, ReplayScript, ::testing::ValuesIn(Scripts()),
                              std::replace(name.begin(), name.end(), '-', '_');
                              return name;
                          });
+
+// Whole grids, NoData cells alike where both have none.
+bool SameCells(const std::vector<double>& a, const std::vector<double>& b) {
+    if (a.size() != b.size()) return false;
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        if (!(a[i] == b[i] || (std::isnan(a[i]) && std::isnan(b[i])))) return false;
+    }
+    return true;
+}
+
+std::vector<double> Cells(const std::string& path) {
+    return testing::ReadAll(testing::OpenRaster(path));
+}
+
+// The command line, as a user runs it; its status, or -1 if it did not end.
+int Halvane(const QStringList& arguments) {
+    QProcess cli;
+    cli.start(QStringLiteral(HALVANE_CLI), arguments);
+    if (!cli.waitForFinished(120000)) return -1;
+    return cli.exitCode();
+}
+
+// The grids that the wizard leaves are the command line's, cell for cell.
+TEST(ReplayedRun, TheWizardsGridsAreTheCommandLines) {
+    SessionFolder folder;
+    std::ifstream in(std::string(HALVANE_REPLAY_DIR) + "/wizard-to-standardization.replay");
+    std::stringstream script;
+    script << in.rdbuf();
+    const Outcome outcome = folder.Replay(folder.Expand(script.str()));
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
+
+    TempDir cli;
+    const QString work = QString::fromStdString(cli.Path().string());
+    const QString dem = QString::fromStdString(folder.Data() + "/dem.tif");
+    ASSERT_EQ(Halvane({"bpi", "--workdir", work, "--inner", "1", "--outer", "5", "--scale", "broad",
+                       "--name", "broad5", dem}),
+              0);
+    ASSERT_EQ(Halvane({"bpi", "--workdir", work, "--inner", "1", "--outer", "3", "--scale", "fine",
+                       "--name", "fine3", dem}),
+              0);
+    for (const char* scale : {"broad5", "fine3"}) {
+        const QString bpi = QString::fromStdString(cli / (std::string(scale) + ".tif"));
+        ASSERT_EQ(Halvane({"standardize", "--workdir", work, "--name", QString(scale) + "std", bpi}), 0);
+    }
+    for (const char* grid : {"broad5", "fine3", "broad5std", "fine3std"}) {
+        SCOPED_TRACE(grid);
+        const std::vector<double> wizard = Cells(folder.Work() + "/" + grid + ".tif");
+        EXPECT_TRUE(SameCells(wizard, Cells(cli / (std::string(grid) + ".tif"))));
+        // Not a grid of nothing: the BPI of a wavy surface, and its z-scores, have both signs.
+        EXPECT_GT(*std::max_element(wizard.begin(), wizard.end()), 0);
+        EXPECT_LT(*std::min_element(wizard.begin(), wizard.end()), 0);
+    }
+}
 
 // A script that names what does not exist stops at that line, with one line
 // saying which, after what ran before it was written out.

@@ -16,8 +16,8 @@
 #include <vector>
 
 #include "engine/Session.h"
-#include "host/ErrorHandling.h"
 #include "pages/Pages.h"
+#include "platform/reporting/ErrorHandling.h"
 #include "support/ScriptedDesktop.h"
 
 namespace halvane::testing {

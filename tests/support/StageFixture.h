@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "engine/Session.h"
-#include "host/ErrorHandling.h"
-#include "host/modProgDialog.h"
 #include "platform/raster/MapAlgebra.h"
+#include "platform/reporting/ErrorHandling.h"
+#include "platform/reporting/modProgDialog.h"
 #include "support/GridFiles.h"
 #include "support/ScriptedDesktop.h"
 

@@ -19,9 +19,9 @@
 #include <QTimer>
 #include <functional>
 
-#include "host/ErrorHandling.h"
-#include "host/HTMLHelp.h"
-#include "host/modProgDialog.h"
+#include "platform/reporting/ErrorHandling.h"
+#include "platform/reporting/HTMLHelp.h"
+#include "platform/reporting/modProgDialog.h"
 #include "platform/runtime/Failure.h"
 #include "platform/ui/qt/QtBrowse.h"
 #include "platform/ui/qt/QtDialogs.h"

@@ -8,8 +8,8 @@
 #include <QMessageBox>
 #include <set>
 
-#include "host/ErrorHandling.h"
 #include "pages/frmIntro.h"
+#include "platform/reporting/ErrorHandling.h"
 #include "platform/runtime/Failure.h"
 #include "platform/ui/qt/QtDialogs.h"
 #include "support/PageDesktop.h"

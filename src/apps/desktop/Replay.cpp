@@ -24,6 +24,8 @@
 #include "apps/desktop/MainWindow.h"
 #include "engine/Session.h"
 #include "pages/Pages.h"
+#include "platform/map/Layers.h"
+#include "platform/map/Map.h"
 #include "platform/raster/Storage.h"
 #include "platform/runtime/Text.h"
 #include "platform/ui/ScriptedServices.h"
@@ -43,13 +45,22 @@ public:
     }
     JsonLine& Flag(const std::string& key, bool value) { return Raw(key, value ? "true" : "false"); }
     JsonLine& List(const std::string& key, const std::vector<std::string>& values) {
+        return Raw(key, ListOf(values));
+    }
+    // A table, row by row.
+    JsonLine& Rows(const std::string& key, const std::vector<std::vector<std::string>>& rows) {
         std::string list = "[";
-        for (const std::string& value : values) list += (list.size() > 1 ? "," : "") + Quoted(value);
+        for (const auto& row : rows) list += (list.size() > 1 ? "," : "") + ListOf(row);
         return Raw(key, list + "]");
     }
     void WriteTo(std::ostream& out) const { out << body_ << "}\n" << std::flush; }
 
 private:
+    static std::string ListOf(const std::vector<std::string>& values) {
+        std::string list = "[";
+        for (const std::string& value : values) list += (list.size() > 1 ? "," : "") + Quoted(value);
+        return list + "]";
+    }
     JsonLine& Raw(const std::string& key, const std::string& value) {
         body_ += (body_.empty() ? "{" : ",") + Quoted(key) + ":" + value;
         return *this;
@@ -252,7 +263,7 @@ Action ParseLine(int number, const std::string& line) {
         if (!known) throw ScriptError{number, "unknown answer '" + rest + "'"};
     } else if (verb == "get") {
         action.target = rest;
-        if (rest != "shown" && rest != "progress" && rest != kPointer &&
+        if (rest != "shown" && rest != "progress" && rest != "map" && rest != kPointer &&
             rest.rfind("session.", 0) != 0) {
             CheckControlName(action);
         }
@@ -531,6 +542,15 @@ private:
                 .WriteTo(out_);
             return;
         }
+        if (action.target == "map") {
+            const map::MapPtr focus = window_.FocusMap();
+            std::vector<std::string> layers;
+            for (std::int32_t i = 0; focus && i < focus->LayerCount(); ++i) {
+                layers.push_back(focus->Layer(i)->Name());
+            }
+            JsonLine("value").Text("name", action.target).List("layers", layers).WriteTo(out_);
+            return;
+        }
         if (action.target == "progress") {
             const ui::ScriptedProgressDialog* open = services_.OpenProgress();
             JsonLine("value")
@@ -568,7 +588,20 @@ private:
         if (auto* option = qobject_cast<QRadioButton*>(&widget)) {
             value.Flag("checked", option->isChecked());
         }
+        if (auto* grid = qobject_cast<QAbstractItemView*>(&widget); grid && grid->model()) {
+            value.Rows("cells", CellsOf(*grid->model()));
+        }
         value.WriteTo(out_);
+    }
+
+    static std::vector<std::vector<std::string>> CellsOf(const QAbstractItemModel& model) {
+        std::vector<std::vector<std::string>> rows(model.rowCount());
+        for (int row = 0; row < model.rowCount(); ++row) {
+            for (int col = 0; col < model.columnCount(); ++col) {
+                rows[row].push_back(model.index(row, col).data().toString().toStdString());
+            }
+        }
+        return rows;
     }
 
     static std::string TextOf(QWidget& widget) {

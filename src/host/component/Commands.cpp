@@ -4,10 +4,10 @@
 
 #include "engine/ResultLayers.h"
 #include "engine/Session.h"
-#include "host/ErrorHandling.h"
-#include "host/HTMLHelp.h"
 #include "pages/Pages.h"
 #include "platform/map/Application.h"
+#include "platform/reporting/ErrorHandling.h"
+#include "platform/reporting/HTMLHelp.h"
 #include "platform/runtime/Failure.h"
 
 namespace halvane::host {

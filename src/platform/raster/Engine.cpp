@@ -29,6 +29,7 @@ bool EqualsNoCase(std::string_view a, std::string_view b) {
 namespace {
 
 constexpr double kSnap = 1e-6;      // of a cell: coordinates closer than this coincide
+constexpr double kMaxSide = 2147483647.0;  // cells a side of a GDAL raster holds
 constexpr std::int64_t kRun = 256;  // cells per run of a fused program: they stay in L1 cache
 
 bool SameSize(double a, double b) { return std::abs(a - b) <= 1e-9 * std::max(a, b); }
@@ -66,11 +67,17 @@ Grid CombineGrids(const Grid& first, const Grid& second) {
     const double r1 = std::floor((first.top - ymin) / out.cellY + kSnap);
     out.left = first.left + c0 * out.cellX;
     out.top = first.top - r0 * out.cellY;
-    out.cols = static_cast<std::int64_t>(c1 - c0);
-    out.rows = static_cast<std::int64_t>(r1 - r0);
-    if (out.cols <= 0 || out.rows <= 0) {
+    // Counted in doubles first: grids shifted far apart give counts (or NaN)
+    // that no integer holds.
+    const double cols = c1 - c0, rows = r1 - r0;
+    if (!(cols > 0) || !(rows > 0)) {
         throw EngineFailure("Map algebra: the input rasters do not overlap");
     }
+    if (cols > kMaxSide || rows > kMaxSide) {
+        throw EngineFailure("Map algebra: the output grid would be larger than GDAL can store");
+    }
+    out.cols = static_cast<std::int64_t>(cols);
+    out.rows = static_cast<std::int64_t>(rows);
     return out;
 }
 

@@ -105,6 +105,14 @@ private:
     ExprPtr ParseTerm() { return ParseChain("*/", &Parser::ParsePrimary); }
 
     ExprPtr ParsePrimary() {
+        // Each level of brackets or calls is a level of this recursion: a
+        // limit keeps a pathological text from overflowing the stack.
+        if (++depth_ > kMaxNesting)
+            Fail("nested deeper than " + std::to_string(kMaxNesting) + " levels");
+        struct Leave {
+            int& depth;
+            ~Leave() { --depth; }
+        } leave{depth_};
         SkipBlanks();
         if (pos_ >= text_.size()) Fail("expected a value but found the end of the expression");
         const std::size_t at = pos_;
@@ -203,6 +211,8 @@ private:
 
     std::string_view text_;
     std::size_t pos_ = 0;
+    int depth_ = 0;
+    static constexpr int kMaxNesting = 200;
 };
 
 }  // namespace

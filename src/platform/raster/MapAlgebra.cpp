@@ -137,9 +137,10 @@ void DescribeInput(GridDescription& description, const std::string& name, const 
     } else {
         const GridDescription& computed = dataset.Description();
         inputs.emplace_back(name, computed.expression);
-        for (const auto& [inner, source] : computed.inputs) {
-            if (std::ranges::none_of(inputs, [&](const auto& k) { return k.first == inner; })) {
-                inputs.emplace_back(inner, source);
+        for (const auto& input : computed.inputs) {
+            if (std::ranges::none_of(inputs,
+                                     [&](const auto& k) { return k.first == input.first; })) {
+                inputs.push_back(input);
             }
         }
     }

@@ -8,6 +8,8 @@
 #include <limits>
 #include <utility>
 
+#include "platform/runtime/Convert.h"
+
 namespace halvane::raster {
 namespace {
 
@@ -465,7 +467,7 @@ NodePtr MakeFocalMean(NodePtr operand, double inner, double outer) {
     RequireRaster(operand, "Focalmean");
     if (!(inner >= 0.0) || !(outer > inner)) {
         throw EngineFailure("Map algebra: Focalmean needs 0 <= inner radius < outer radius, not " +
-                            std::to_string(inner) + " and " + std::to_string(outer));
+                            runtime::CStr(inner) + " and " + runtime::CStr(outer));
     }
     if (outer > 10000.0) throw EngineFailure("Map algebra: Focalmean radius too large");
     auto node = std::make_shared<FocalMeanNode>(inner, outer);

@@ -62,7 +62,9 @@ bool IsRasterFile(const fs::path& path) {
 }
 
 // The name of a grid file is its file name cut at the first ".".
-std::string Stem(const std::string& file) { return file.substr(0, file.find('.')); }
+// A grid's name is its file's name without the last extension: a name made
+// from a browsed "dem.tif", such as "dem.tif_50", is saved as "dem.tif_50.tif".
+std::string Stem(const std::string& file) { return fs::path(file).stem().string(); }
 
 // Whole values keep their cell type when stored; what a cell cannot hold is NoData.
 double AsStored(double value, bool integer) {
@@ -462,6 +464,16 @@ WriteSettings& Writing() {
 WriterDescription& Writer() {
     static WriterDescription writer{std::string("Halvane ") + runtime::kVersion, ""};
     return writer;
+}
+
+bool IsRaster(const std::string& path) {
+    EnsureGdal();
+    CPLPushErrorHandler(CPLQuietErrorHandler);
+    GDALDatasetH dataset =
+        GDALOpenEx(path.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY, nullptr, nullptr, nullptr);
+    CPLPopErrorHandler();
+    if (dataset) GDALClose(dataset);
+    return dataset != nullptr;
 }
 
 void EnsureGdal() {

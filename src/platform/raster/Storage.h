@@ -82,6 +82,9 @@ struct WriteSettings {
 };
 WriteSettings& Writing();
 
+// True when GDAL opens the file or folder at `path` as a raster.
+bool IsRaster(const std::string& path);
+
 // An integer grid keeps a table up to this many distinct values.
 inline constexpr std::size_t kMaxTableValues = 65536;
 

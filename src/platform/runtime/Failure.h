@@ -33,6 +33,15 @@ struct Failure : std::exception {
     std::int32_t number;
     std::string source;
     std::string description;
+    // The description the failure arose with, kept while handlers on its way
+    // up dress `description` with their locations; empty until one does.
+    std::string origin;
+};
+
+// Thrown to end a run of the command line at once (a report was shown, or a
+// signal asked to stop): no handler takes it for a failure of its own.
+struct RunStopped {
+    int signal = 0;  // the signal that asked, 0 for a report
 };
 
 // The runtime's own text for one of the classic numbers above.

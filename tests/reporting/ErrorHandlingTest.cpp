@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "host/ErrorHandling.h"
+#include "platform/reporting/ErrorHandling.h"
 #include "platform/runtime/Failure.h"
 #include "support/ScriptedDesktop.h"
 

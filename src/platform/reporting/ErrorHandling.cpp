@@ -1,4 +1,4 @@
-#include "host/ErrorHandling.h"
+#include "platform/reporting/ErrorHandling.h"
 
 #include "platform/runtime/Failure.h"
 
@@ -62,10 +62,32 @@ std::string LocationOf(const Procedure& procedure, std::int32_t line) {
            GetErrorLineNumberString(line);
 }
 
+FailureReporting& TopLevelReporting() {
+    static FailureReporting reporting;
+    return reporting;
+}
+
 void HandleCurrentFailure(const Procedure& procedure) {
     const runtime::Failure failure = runtime::CurrentFailure();
-    HandleError(procedure.topLevel, LocationOf(procedure), failure.number, failure.source,
-                failure.description, 4, 0);
+    runtime::Failure origin = failure;
+    if (!failure.origin.empty()) origin.description = failure.origin;
+    const FailureReporting& reporting = TopLevelReporting();
+    if (procedure.topLevel && reporting.report) {
+        if (reporting.fullReport) {
+            HandleError(true, LocationOf(procedure), failure.number, failure.source,
+                        failure.description, 4, 0);
+        }
+        ErrorHandling::m_bErrorTextBuilt = false;
+        reporting.report(origin);
+        return;
+    }
+    try {
+        HandleError(procedure.topLevel, LocationOf(procedure), failure.number, failure.source,
+                    failure.description, 4, 0);
+    } catch (runtime::Failure& passed) {
+        passed.origin = origin.description;
+        throw;
+    }
 }
 
 }  // namespace halvane

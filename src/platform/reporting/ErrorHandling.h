@@ -15,6 +15,7 @@
 //     }
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <type_traits>
@@ -61,35 +62,44 @@ struct Procedure {
 // blank and the line text ("cmdNext_Click frmRugosity ").
 std::string LocationOf(const Procedure& procedure, std::int32_t line = 0);
 
+// How failures that reach a top-level procedure are reported: in the error
+// window, as the desktop does, unless `report` is set (the command line's
+// style, see CommandLineStyle.h). Then `report` gets the failure as it arose,
+// after the error window's full report when `fullReport` is set; it may throw
+// runtime::RunStopped to end the run.
+struct FailureReporting {
+    bool fullReport = false;
+    std::function<void(const runtime::Failure& origin)> report;
+};
+FailureReporting& TopLevelReporting();
+
 // The handler of a protected procedure; call it inside a catch block only.
 void HandleCurrentFailure(const Procedure& procedure);
+
+// Runs `body`; on failure calls `onFailure` with it, for the few procedures
+// that handle a failure their own way (a message of their own, or silence),
+// and returns the result type's default. A stopped run is no failure: it
+// passes through.
+template <class Body, class OnFailure>
+auto WithHandler(Body&& body, OnFailure&& onFailure) -> std::invoke_result_t<Body&> {
+    using Result = std::invoke_result_t<Body&>;
+    try {
+        return body();
+    } catch (const runtime::RunStopped&) {
+        throw;
+    } catch (...) {
+        onFailure(runtime::CurrentFailure());
+        if constexpr (!std::is_void_v<Result>) return Result{};
+    }
+}
 
 // Runs `body` as the protected body of `procedure`. On failure a top-level
 // procedure reports and returns its result type's default (false, 0, "",
 // an empty reference); a pass-on procedure raises to its caller.
 template <class Body>
 auto Guarded(const Procedure& procedure, Body&& body) -> std::invoke_result_t<Body&> {
-    using Result = std::invoke_result_t<Body&>;
-    try {
-        return body();
-    } catch (...) {
-        HandleCurrentFailure(procedure);
-        if constexpr (!std::is_void_v<Result>) return Result{};
-    }
-}
-
-// Runs `body`; on failure calls `onFailure` with it, for the few procedures
-// that handle a failure their own way (a message of their own, or silence),
-// and returns the result type's default.
-template <class Body, class OnFailure>
-auto WithHandler(Body&& body, OnFailure&& onFailure) -> std::invoke_result_t<Body&> {
-    using Result = std::invoke_result_t<Body&>;
-    try {
-        return body();
-    } catch (...) {
-        onFailure(runtime::CurrentFailure());
-        if constexpr (!std::is_void_v<Result>) return Result{};
-    }
+    // Still inside the handler's catch block, where the failure is current.
+    return WithHandler(body, [&](const runtime::Failure&) { HandleCurrentFailure(procedure); });
 }
 
 }  // namespace halvane

@@ -1,4 +1,4 @@
-#include "host/HTMLHelp.h"
+#include "platform/reporting/HTMLHelp.h"
 
 #include <dlfcn.h>
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "host/modProgDialog.h"
+#include "platform/reporting/modProgDialog.h"
 #include "support/ScriptedDesktop.h"
 
 namespace halvane {

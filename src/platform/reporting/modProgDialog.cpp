@@ -1,4 +1,4 @@
-#include "host/modProgDialog.h"
+#include "platform/reporting/modProgDialog.h"
 
 #include <functional>
 #include <vector>
@@ -23,6 +23,8 @@ void RunResumingAfterTypeMismatch(const std::vector<Statement>& statements) {
     for (const Statement& statement : statements) {
         try {
             statement();
+        } catch (const runtime::RunStopped&) {
+            throw;
         } catch (...) {
             const runtime::Failure failure = runtime::CurrentFailure();
             ui::Services().MsgBox(std::to_string(failure.number));
