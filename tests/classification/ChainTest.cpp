@@ -10,6 +10,8 @@
 #include <iterator>
 #include <sstream>
 
+#include "apps/ClassifyCommands.h"
+#include "apps/RasterCommands.h"
 #include "classification/ClassRules.h"
 #include "classification/clsXMLPrjFile.h"
 #include "platform/runtime/Convert.h"
@@ -183,20 +185,46 @@ TEST_F(ChainTest, EveryStoredGridOfTheChainFollowsItsDefinitionCellForCell) {
 }
 
 // A last record without bounds fails at its Execute, after every other class
-// grid was made: what stands then is each of them, the four temporary grids
-// and SLOPE, each holding what it was computed to hold, and no zones.
+// grid was made: what the wizard's route leaves then is each of them, the four
+// temporary grids and SLOPE, each holding what it was computed to hold, and no
+// zones.
 TEST_F(ChainTest, ARunStoppedAtItsLastClassLeavesEveryGridBeforeItAsComputed) {
     std::ifstream in(DefaultDictionaryPath());
     std::string xml((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     const std::size_t end = xml.find("</Classifications>");
     ASSERT_NE(end, std::string::npos);
-    xml.insert(end, "<ClassRec ID=\"99\"><Class>13</Class><Zone>Nothing</Zone></ClassRec>\n");
+    std::string unbounded = "<ClassRec ID=\"99\"><Class>13</Class><Zone>Nothing</Zone>";
+    for (const char* bound : {"SSB", "LSB", "Slope", "Depth"}) {
+        for (const char* side : {"Lower", "Upper"}) {
+            const std::string tag = std::string(bound) + "_" + side + "Bounds";
+            unbounded += "<" + tag + "></" + tag + ">";
+        }
+    }
+    xml.insert(end, unbounded + "</ClassRec>\n");
     const std::string path = dir_ / "stops.xml";
     std::ofstream(path) << xml;
 
+    // The command line puts its working folder back as it found it.
+    const std::string cli = dir_ / "cli";
+    fs::create_directories(cli);
+    EXPECT_EQ(Halvane({"classify", "--broad", "1,5", "--fine", "1,3", "--dictionary", path,
+                       "--workdir", cli, input_}),
+              1);
+    EXPECT_TRUE(fs::is_empty(cli));
+
+    // The route under it, as the wizard runs it, leaves what it made.
     const std::string work = dir_ / "work";
-    Halvane({"classify", "--broad", "1,5", "--fine", "1,3", "--dictionary", path, "--workdir", work,
-             input_});
+    apps::ClassifyRoute route;
+    route.input = input_;
+    route.workDir = work;
+    route.dictionary = path;
+    route.broadInner = "1", route.broadOuter = "5", route.fineInner = "1", route.fineOuter = "3";
+    std::ostringstream console;
+    apps::RunConsole() = &console;
+    EXPECT_EQ(apps::RunReported({}, {"classify", "", {}},
+                                [&](apps::CommandRun&) { return apps::RunClassifyRoute(route); }),
+              1);
+    apps::RunConsole() = nullptr;
 
     clsXMLPrjFile dictionary;
     dictionary.XML(path);
