@@ -166,6 +166,19 @@ std::vector<double> EvaluateWindow(const NodePtr& root, const Window& window);
 std::vector<double> EvaluateSampled(const NodePtr& root, const Window& window, std::int64_t cols,
                                     std::int64_t rows);
 
+// The scratch buffers of the operators and the writer, one set per thread.
+enum class Scratch { kRowSums, kRowCounts, kRingSums, kRingCounts, kStored, kCells };
+
+// A buffer of the calling thread for `Slot` holding at least n values, with
+// whatever it held before. It keeps its memory from tile to tile: fresh memory
+// costs a page fault and a clearing per page, more than the work done on a tile.
+template <class T, Scratch Slot>
+T* ThreadBuffer(std::size_t n) {
+    thread_local std::vector<T> buffer;
+    if (buffer.size() < n) buffer.resize(n);
+    return buffer.data();
+}
+
 // Index of the source cell under the centre of sample `index` when `count`
 // samples cover `cells` cells.
 inline std::int64_t SampledIndex(std::int64_t index, std::int64_t count, std::int64_t cells) {

@@ -161,17 +161,19 @@ public:
         // and only the sums need running.
         const bool whole = std::none_of(source->begin(), source->end(),
                                         [](double v) { return std::isnan(v); });
-        std::vector<double> sums(static_cast<std::size_t>((width + 1) * height));
-        std::vector<std::int64_t> counts(whole ? 0 : sums.size());
+        const auto prefixes = static_cast<std::size_t>((width + 1) * height);
+        double* sums = ThreadBuffer<double, Scratch::kRowSums>(prefixes);
+        std::int64_t* counts =
+            whole ? nullptr : ThreadBuffer<std::int64_t, Scratch::kRowCounts>(prefixes);
         for (std::int64_t r = 0; r < height; ++r) {
             const double* row = source->data() + r * width;
-            double* s = sums.data() + r * (width + 1);
+            double* s = sums + r * (width + 1);
             s[0] = 0.0;
             if (whole) {
                 for (std::int64_t c = 0; c < width; ++c) s[c + 1] = s[c] + row[c];
                 continue;
             }
-            std::int64_t* n = counts.data() + r * (width + 1);
+            std::int64_t* n = counts + r * (width + 1);
             n[0] = 0;
             for (std::int64_t c = 0; c < width; ++c) {
                 const bool valid = !std::isnan(row[c]);
@@ -179,16 +181,17 @@ public:
                 n[c + 1] = n[c] + (valid ? 1 : 0);
             }
         }
-        std::vector<double> total(static_cast<std::size_t>(window.cols));
-        std::vector<std::int64_t> valid(total.size());
+        const auto cols = static_cast<std::size_t>(window.cols);
+        double* total = ThreadBuffer<double, Scratch::kRingSums>(cols);
+        std::int64_t* valid = ThreadBuffer<std::int64_t, Scratch::kRingCounts>(cols);
         for (std::int64_t r = 0; r < window.rows; ++r) {
-            std::fill(total.begin(), total.end(), 0.0);
-            std::fill(valid.begin(), valid.end(), whole ? ringCells_ : 0);
+            std::fill_n(total, cols, 0.0);
+            std::fill_n(valid, cols, whole ? ringCells_ : 0);
             for (std::int64_t dy = -reach_; dy <= reach_; ++dy) {
                 const auto [outer, inner] = spans_[dy + reach_];
                 if (outer < 0) continue;
                 const std::int64_t offset = (r + reach_ + dy) * (width + 1) + reach_;
-                const double* s = sums.data() + offset;
+                const double* s = sums + offset;
                 for (std::int64_t c = 0; c < window.cols; ++c) {
                     total[c] += s[c + outer + 1] - s[c - outer];
                 }
@@ -198,7 +201,7 @@ public:
                     }
                 }
                 if (whole) continue;
-                const std::int64_t* n = counts.data() + offset;
+                const std::int64_t* n = counts + offset;
                 for (std::int64_t c = 0; c < window.cols; ++c) {
                     valid[c] += n[c + outer + 1] - n[c - outer];
                 }
@@ -381,8 +384,12 @@ NodePtr MakeUnary(UnaryOp op, NodePtr operand) {
                 low <= 0.0 && high >= 0.0 ? 0.0 : std::min(low * low, high * high), top);
         }
         case UnaryOp::kSqrt:
-            return MakeCellwise<1>({std::move(operand)}, false,
-                                   [](double x) { return x < 0.0 ? kNoData : std::sqrt(x); });
+            // Computed before the choice, so that the loop vectorizes: the
+            // root of a negative is NaN, as its result is.
+            return MakeCellwise<1>({std::move(operand)}, false, [](double x) {
+                const double root = std::sqrt(x);
+                return x < 0.0 ? kNoData : root;
+            });
     }
     return nullptr;
 }
@@ -414,8 +421,11 @@ NodePtr MakeBinary(const std::string& op, NodePtr lhs, NodePtr rhs) {
                       defined ? std::ranges::max(products) : kNoData);
     }
     if (op == "/") {
-        return MakeCellwise<2>(std::move(in), false,
-                               [](double a, double b) { return b == 0.0 ? kNoData : a / b; });
+        // The quotient is computed before the choice, so that the loop vectorizes.
+        return MakeCellwise<2>(std::move(in), false, [](double a, double b) {
+            const double quotient = a / b;
+            return b == 0.0 ? kNoData : quotient;
+        });
     }
     if (op == "<") return compare(std::less<>());
     if (op == "<=") return compare(std::less_equal<>());

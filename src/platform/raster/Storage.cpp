@@ -77,10 +77,10 @@ double AsStored(double value, bool integer) {
     return std::isfinite(stored) ? stored : std::numeric_limits<double>::quiet_NaN();
 }
 
-// A tile's values as the grid will hold them.
-std::vector<double> Stored(const double* values, std::int64_t cells, bool integer) {
-    std::vector<double> stored(values, values + cells);
-    for (double& v : stored) v = AsStored(v, integer);
+// A tile's values as the grid will hold them, in a buffer of the calling thread.
+const double* Stored(const double* values, std::int64_t cells, bool integer) {
+    double* stored = ThreadBuffer<double, Scratch::kStored>(static_cast<std::size_t>(cells));
+    for (std::int64_t i = 0; i < cells; ++i) stored[i] = AsStored(values[i], integer);
     return stored;
 }
 
@@ -106,11 +106,17 @@ public:
         part.min = low;
         part.max = high;
         part.mean = part.sum / static_cast<double>(part.n);
-        for (std::int64_t i = 0; i < cells; ++i) {
-            const double v = values[i];
-            if (std::isnan(v)) continue;
-            part.m2 += (v - part.mean) * (v - part.mean);
-            if (integer_) part.sumSquares += static_cast<__int128>(v) * static_cast<__int128>(v);
+        // Each kind of grid runs only the sums its statistics are made of.
+        if (integer_) {
+            for (std::int64_t i = 0; i < cells; ++i) {
+                if (!std::isnan(values[i])) part.sumSquares += Square(values[i]);
+            }
+        } else {
+            for (std::int64_t i = 0; i < cells; ++i) {
+                const double v = values[i];
+                if (std::isnan(v)) continue;
+                part.m2 += (v - part.mean) * (v - part.mean);
+            }
         }
         if (keepTable_.load(std::memory_order_relaxed))
             CountValues(values, cells, low, high, counts);
@@ -159,6 +165,16 @@ public:
     }
 
 private:
+    // v^2 of a whole v, exactly. Every stored cell type fits in 32 bits, so its
+    // square fits in 64, which is much cheaper than converting a double to 128.
+    static __int128 Square(double v) {
+        if (std::abs(v) <= 2147483648.0) {
+            const auto whole = static_cast<std::int64_t>(v);
+            return whole * whole;
+        }
+        return static_cast<__int128>(v) * static_cast<__int128>(v);
+    }
+
     struct Part {
         std::int64_t n = 0;
         double sum = 0.0;  // whole numbers below 2^53 add exactly
@@ -218,7 +234,7 @@ GridSummary Summarize(const NodePtr& node, bool asStored) {
     SummaryBuilder builder(node->integer);
     EvaluateTiles(node, [&](const Window& tile, const double* values) {
         if (!asStored) return builder.Add(values, tile.Cells());
-        builder.Add(Stored(values, tile.Cells(), node->integer).data(), tile.Cells());
+        builder.Add(Stored(values, tile.Cells(), node->integer), tile.Cells());
     });
     return builder.Finish();
 }
@@ -681,23 +697,22 @@ void RasterDataset::StartCopy(PendingWrite& writing, const RasterWorkspace& targ
 void RasterDataset::WriteTile(PendingWrite& writing, const Window& tile, const double* values) {
     const bool integer = node_->integer;
     const auto intNoData = static_cast<std::int32_t>(writing.cellType.noData);
-    const std::vector<double> stored = Stored(values, tile.Cells(), integer);
-    writing.builder.Add(stored.data(), tile.Cells());
-    std::vector<std::int32_t> ints;
-    std::vector<float> floats;
+    const std::int64_t cells = tile.Cells();
+    const double* stored = Stored(values, cells, integer);
+    writing.builder.Add(stored, cells);
     void* buffer = nullptr;
     if (integer) {
-        ints.resize(stored.size());
-        for (std::size_t i = 0; i < stored.size(); ++i) {
+        auto* ints = ThreadBuffer<std::int32_t, Scratch::kCells>(static_cast<std::size_t>(cells));
+        for (std::int64_t i = 0; i < cells; ++i) {
             ints[i] = std::isnan(stored[i]) ? intNoData : static_cast<std::int32_t>(stored[i]);
         }
-        buffer = ints.data();
+        buffer = ints;
     } else {
-        floats.resize(stored.size());
-        for (std::size_t i = 0; i < stored.size(); ++i) {
+        auto* floats = ThreadBuffer<float, Scratch::kCells>(static_cast<std::size_t>(cells));
+        for (std::int64_t i = 0; i < cells; ++i) {
             floats[i] = std::isnan(stored[i]) ? kFloatNoData : static_cast<float>(stored[i]);
         }
-        buffer = floats.data();
+        buffer = floats;
     }
     std::lock_guard lock(writing.lock);
     if (GDALRasterIO(writing.band, GF_Write, static_cast<int>(tile.col0),
