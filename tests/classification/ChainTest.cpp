@@ -72,8 +72,8 @@ std::vector<double> Slope(const raster::Grid& grid, const std::vector<double>& z
                 const double v = z[rr * cols + cc];
                 return std::isnan(v) ? e : v;
             };
-            const double a = at(-1, -1), b = at(-1, 0), cc = at(-1, 1), d = at(0, -1),
-                         f = at(0, 1), g = at(1, -1), h = at(1, 0), k = at(1, 1);
+            const double a = at(-1, -1), b = at(-1, 0), cc = at(-1, 1), d = at(0, -1), f = at(0, 1),
+                         g = at(1, -1), h = at(1, 0), k = at(1, 1);
             const double dzdx = ((cc + 2 * f + k) - (a + 2 * d + g)) / (8 * grid.cellX);
             const double dzdy = ((g + 2 * h + k) - (a + 2 * b + cc)) / (8 * grid.cellY);
             out[r * cols + c] = std::atan(std::hypot(dzdx, dzdy)) * (180.0 / M_PI);

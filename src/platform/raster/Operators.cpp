@@ -80,6 +80,8 @@ class StoredNode final : public Node {
 public:
     explicit StoredNode(StoredBand band) : band_(std::move(band)) {}
 
+    bool IsRead() const override { return true; }
+
     void Compute(const Window& window, EvalContext& context, double* out) const override {
         std::fill(out, out + window.Cells(), kNoData);
         const std::int64_t c0 = std::max<std::int64_t>(window.col0, 0);
@@ -129,6 +131,8 @@ private:
 
 class ShiftNode final : public Node {
 public:
+    const NodePtr* SameCellsAs() const override { return &children[0]; }
+
     void Compute(const Window& window, EvalContext& context, double* out) const override {
         // Same cells, other place: the child's indices are this node's indices.
         Block block = context.Get(children[0], window);
@@ -159,8 +163,8 @@ public:
             context.Get(children[0], {window.col0 - reach_, window.row0 - reach_, width, height});
         // Away from gaps and edges every ring is whole: its count is known
         // and only the sums need running.
-        const bool whole = std::none_of(source->begin(), source->end(),
-                                        [](double v) { return std::isnan(v); });
+        const bool whole =
+            std::none_of(source->begin(), source->end(), [](double v) { return std::isnan(v); });
         const auto prefixes = static_cast<std::size_t>((width + 1) * height);
         double* sums = ThreadBuffer<double, Scratch::kRowSums>(prefixes);
         std::int64_t* counts =

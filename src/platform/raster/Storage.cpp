@@ -94,24 +94,27 @@ public:
         std::unordered_map<std::int32_t, std::int64_t> counts;
         double low = std::numeric_limits<double>::infinity();
         double high = -low;
-        for (std::int64_t i = 0; i < cells; ++i) {
-            const double v = values[i];
-            if (std::isnan(v)) continue;
-            ++part.n;
-            part.sum += v;
-            low = std::min(low, v);
-            high = std::max(high, v);
+        if (!integer_ || !AddWhole(values, cells, part, low, high)) {
+            for (std::int64_t i = 0; i < cells; ++i) {
+                const double v = values[i];
+                if (std::isnan(v)) continue;
+                ++part.n;
+                part.sum += v;
+                low = std::min(low, v);
+                high = std::max(high, v);
+            }
+            if (integer_) {
+                for (std::int64_t i = 0; i < cells; ++i) {
+                    if (!std::isnan(values[i])) part.sumSquares += Square(values[i]);
+                }
+            }
         }
         if (part.n == 0) return;
         part.min = low;
         part.max = high;
         part.mean = part.sum / static_cast<double>(part.n);
-        // Each kind of grid runs only the sums its statistics are made of.
-        if (integer_) {
-            for (std::int64_t i = 0; i < cells; ++i) {
-                if (!std::isnan(values[i])) part.sumSquares += Square(values[i]);
-            }
-        } else {
+        // Integer grids need no squared deviations: theirs come from the sums.
+        if (!integer_) {
             for (std::int64_t i = 0; i < cells; ++i) {
                 const double v = values[i];
                 if (std::isnan(v)) continue;
@@ -165,16 +168,6 @@ public:
     }
 
 private:
-    // v^2 of a whole v, exactly. Every stored cell type fits in 32 bits, so its
-    // square fits in 64, which is much cheaper than converting a double to 128.
-    static __int128 Square(double v) {
-        if (std::abs(v) <= 2147483648.0) {
-            const auto whole = static_cast<std::int64_t>(v);
-            return whole * whole;
-        }
-        return static_cast<__int128>(v) * static_cast<__int128>(v);
-    }
-
     struct Part {
         std::int64_t n = 0;
         double sum = 0.0;  // whole numbers below 2^53 add exactly
@@ -184,6 +177,47 @@ private:
         double min = 0.0;
         double max = 0.0;
     };
+
+    // Count, sum, squares and range of whole values in one pass of integer
+    // arithmetic, when every value is whole, fits in 32 bits, and the tile is small enough
+    // that a double sum of them is exact too (so part.sum is what adding them
+    // one by one gives). False, with part untouched, otherwise.
+    static bool AddWhole(const double* values, std::int64_t cells, Part& part, double& low,
+                         double& high) {
+        constexpr double kLimit = 2147483648.0;
+        if (cells > (std::int64_t{1} << 21)) return false;
+        std::int64_t n = 0, sum = 0;
+        __int128 squares = 0;
+        double lo = low, hi = high;
+        for (std::int64_t i = 0; i < cells; ++i) {
+            const double v = values[i];
+            if (std::isnan(v)) continue;
+            if (!(std::abs(v) <= kLimit)) return false;
+            const auto whole = static_cast<std::int64_t>(v);
+            if (static_cast<double>(whole) != v) return false;
+            ++n;
+            sum += whole;
+            squares += whole * whole;
+            lo = v < lo ? v : lo;
+            hi = v > hi ? v : hi;
+        }
+        part.n = n;
+        part.sum = static_cast<double>(sum);
+        part.sumSquares = squares;
+        low = lo;
+        high = hi;
+        return true;
+    }
+
+    // v^2 of a whole v, exactly. Every stored cell type fits in 32 bits, so its
+    // square fits in 64, which is much cheaper than converting a double to 128.
+    static __int128 Square(double v) {
+        if (std::abs(v) <= 2147483648.0) {
+            const auto whole = static_cast<std::int64_t>(v);
+            return whole * whole;
+        }
+        return static_cast<__int128>(v) * static_cast<__int128>(v);
+    }
 
     void Merge(const Part& part) {
         if (total_.n == 0) {
@@ -739,8 +773,7 @@ GridSummary RasterDataset::FinishWrite(PendingWrite& writing) {
     if (raster::Writing().cloudOptimized) {
         const fs::path plain = writing.file.path;
         PartialFile cloudOptimized;
-        cloudOptimized.path =
-            writing.final.parent_path() / (TemporaryName(writing.name) + ".tif");
+        cloudOptimized.path = writing.final.parent_path() / (TemporaryName(writing.name) + ".tif");
         WriteCloudOptimized(plain, cloudOptimized.path, node_->integer);
         std::swap(writing.file.path, cloudOptimized.path);
     }
