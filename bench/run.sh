@@ -207,7 +207,7 @@ bpi5_ours() { calc "$1" bpi5 'int(([inRaster] - Focalmean([inRaster], annulus, 1
 bpi5_peer() { grass_run bpi "$grid" "$weights5" 11 "$1/bpi5.tif" "$grass_co"; }
 export -f bpi5_ours bpi5_peer
 five=n/a
-pair bpi5 "position index, ring 1..5 (GRASS)" 0.2 grass && five=$lastOurs
+pair bpi5 "position index, ring 1..5 (GRASS)" 0.1 grass && five=$lastOurs
 
 bpi25_ours() { calc "$1" bpi25 'int(([inRaster] - Focalmean([inRaster], annulus, 1, 25)) + .5)' \
     "inRaster=$grid"; }
@@ -363,6 +363,59 @@ rugosity_peer() { grass_run rugosity "$grid" "$cell" "$1/rugosity.tif" "$grass_c
 export -f rugosity_ours rugosity_peer
 pair rugosity "rugosity, 34 expressions saved once (GRASS)" 0.3 grass
 
+# The whole chain as a user runs it (the classification, then the rugosity of the same
+# grid) against a DEFLATE tiled copy of its input: what the chain must at least read
+# and write. Each of our runs logs its stages (HALVANE_STAGE_LOG: one line per grid
+# written, statistics pass or grid removed) for the breakdown printed after the table.
+chainRuns=$work/chain-runs
+chain_ours() {
+    HALVANE_STAGE_LOG=$(mktemp "$chainRuns/run-XXXXXX") || return 1
+    export HALVANE_STAGE_LOG
+    "$HALVANE" classify --broad 1,5 --fine 1,3 --workdir "$1" "$grid" >/dev/null &&
+        "$HALVANE" rugosity --workdir "$1" --name rugosity "$grid"
+}
+chain_peer() { gdal_translate -q -co COMPRESS=DEFLATE -co TILED=YES "$grid" "$1/copy.tif"; }
+export -f chain_ours chain_peer
+export chainRuns
+chainSecs=n/a
+if wanted chain; then
+    rm -rf "$chainRuns"
+    mkdir -p "$chainRuns"
+    pair chain "chain: classify + rugosity / DEFLATE copy" 3.0 gdal_translate && chainSecs=$lastOurs
+fi
+
+# Medians over the runs of each stage, in the order the chain runs them, with what
+# the stages leave unexplained (start, opening grids, checks) as the last line.
+chain_breakdown() { # CSV
+    cat "$chainRuns"/run-* 2>/dev/null | awk -F, -v total="$chainSecs" -v csv="$1" '
+    function median(list,   v, n, i, j, t) {
+        n = split(list, v, " ")
+        for (i = 2; i <= n; i++) for (j = i; j > 1 && v[j - 1] + 0 > v[j] + 0; j--) {
+            t = v[j]; v[j] = v[j - 1]; v[j - 1] = t }
+        return n % 2 ? v[(n + 1) / 2] : (v[n / 2] + v[n / 2 + 1]) / 2
+    }
+    NF == 4 {
+        if (!($1 in seen)) { seen[$1] = 1; order[++stages] = $1 }
+        s[$1] = s[$1] " " $2; r[$1] = r[$1] " " $3; w[$1] = w[$1] " " $4
+    }
+    END {
+        if (stages == 0) exit
+        print "stage,seconds,read_mb,written_mb" > csv
+        printf "%-28s %9s %10s %10s\n", "stage", "seconds", "read MB", "written MB"
+        for (k = 1; k <= stages; k++) {
+            x = order[k]; sec = median(s[x]); rd = median(r[x]) / 1e6; wr = median(w[x]) / 1e6
+            sum += sec; rsum += rd; wsum += wr
+            printf "%-28s %9.2f %10.1f %10.1f\n", x, sec, rd, wr
+            printf "%s,%.3f,%.1f,%.1f\n", x, sec, rd, wr > csv
+        }
+        printf "%-28s %9.2f %10.1f %10.1f\n", "all stages", sum, rsum, wsum
+        if (total + 0 > 0) {
+            printf "%-28s %9.2f\n", "other (start, opening, checks)", total - sum
+            printf "other,%.3f,,\n", total - sum > csv
+        }
+    }'
+}
+
 copy_ours() { calc "$1" copy '[inRaster]' "inRaster=$grid"; }
 copy_peer() { gdal_translate -q $(co_flags) "$grid" "$1/copy.tif"; }
 export -f copy_ours copy_peer
@@ -404,5 +457,11 @@ printf '%s x %s cells of %s m, %s run(s) each, median seconds; ratio = ours / pe
     "$size" "$size" "$cell" "$runs"
 printf '%-46s %9s %9s %7s %7s %8s\n' operation "ours s" "peer s" ratio target "ours MB"
 printf '%s\n' "${results[@]}"
+if wanted chain && [ -n "$(ls "$chainRuns" 2>/dev/null)" ]; then
+    echo
+    echo "chain stages, median over the runs (bytes through read() and write(), cache included):"
+    chain_breakdown "$work/chain-stages.csv"
+    echo "csv: $work/chain-stages.csv"
+fi
 echo "log: $log"
 exit $failed

@@ -124,7 +124,17 @@ void RunFinalOutput(ZoneRunPage& page) {
         Progress(std::string(kHead) + "\r\nBuilding Class Grids", 20);
 
         raster::RasterPtr pOutRaster;
-        if (n >= 1) {
+        // The class grids are stored with the zones, in one pass over shared
+        // tiles of the four inputs rather than a pass each. Whatever stops the
+        // run on the way stores the class grids made so far first, as a run
+        // that stored each at once leaves them behind.
+        std::vector<std::pair<raster::RasterPtr, std::string>> pending;
+        const auto storePending = [&] {
+            const auto grids = std::move(pending);
+            pending.clear();
+            MakePerminentGrids(grids, g_s_WorkingDir);
+        };
+        if (n >= 1) try {
             g_dict_Zones = std::make_shared<ZoneDictionary>();
             for (std::int16_t i = 1; i <= n; ++i) {
                 const clsClassificationRec& record =
@@ -137,8 +147,8 @@ void RunFinalOutput(ZoneRunPage& page) {
                 pClassRasters.at(static_cast<std::size_t>(i)) = pMapAlgebraOp.Execute(sExpression);
                 for (const auto& input : inputs) pMapAlgebraOp.UnbindRaster(input.first);
 
-                MakePerminentGrid(pClassRasters[static_cast<std::size_t>(i)], g_s_WorkingDir,
-                                  sOutput + std::to_string(i));
+                pending.emplace_back(pClassRasters[static_cast<std::size_t>(i)],
+                                     sOutput + std::to_string(i));
                 // The closing parenthesis comes only with a record after the
                 // first, so a single record leaves the sum open.
                 const std::string tmpRas = "[tmpRas" + std::to_string(i) + "]";
@@ -166,9 +176,13 @@ void RunFinalOutput(ZoneRunPage& page) {
             DescribeZones(Deref(pOutRaster->Dataset()).Description(),
                           Deref(Deref(page.m_prjFile).Classifications),
                           runtime::Trim(g_s_ClassDictionary_Path), prjFile.PrjName);
-            MakePerminentGrid(pOutRaster, g_s_WorkingDir, sOutput);
+            pending.emplace_back(pOutRaster, sOutput);
+            storePending();
             g_p_OutputRasterDataset =
                 OpenDatasetInWorkspace(GetRasterWorkspace(g_s_WorkingDir), sOutput);
+        } catch (...) {
+            storePending();
+            throw;
         }
 
         Progress(std::string(kHead) + " .. Cleaning up", 95);

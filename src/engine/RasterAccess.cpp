@@ -143,4 +143,16 @@ std::string MakePerminentGrid(const raster::RasterPtr& pRaster, const std::strin
     return sPath + runtime::kPathSeparator + sName;
 }
 
+void MakePerminentGrids(const std::vector<std::pair<raster::RasterPtr, std::string>>& rasters,
+                        const std::string& sPath) {
+    if (rasters.empty()) return;
+    raster::RasterWorkspacePtr workspace = OpenOrMakeRasterWorkspace(sPath);
+    std::vector<std::pair<raster::RasterDatasetPtr, std::string>> grids;
+    for (const auto& [raster, name] : rasters) {
+        const raster::RasterDatasetPtr dataset = Deref(Deref(raster).Item(0)).RasterDataset();
+        if (Deref(dataset).CanCopy()) grids.emplace_back(dataset, name);
+    }
+    raster::RasterDataset::CopyAll(grids, workspace);
+}
+
 }  // namespace halvane

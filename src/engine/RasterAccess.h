@@ -4,6 +4,8 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/raster/MapAlgebra.h"
 
@@ -37,5 +39,11 @@ bool DeleteRaster(const std::string& sPath, const std::string& sName);
 // raster can't be copied. No handler: failures go to the caller.
 std::string MakePerminentGrid(const raster::RasterPtr& pRaster, const std::string& sPath,
                               const std::string& sName);
+
+// MakePerminentGrid of each raster in turn, in one pass over the cells they
+// share; where one cannot be stored, those before it stand and the failure
+// goes to the caller.
+void MakePerminentGrids(const std::vector<std::pair<raster::RasterPtr, std::string>>& rasters,
+                        const std::string& sPath);
 
 }  // namespace halvane

@@ -100,6 +100,69 @@ TEST(WorkspaceTest, CopyNeverOverwritesAndLeavesNothingHalfWritten) {
     EXPECT_EQ(Files(dir.Path()), beforeFailure);
 }
 
+// Grids stored together stand as if copied one after the other: each holds
+// its own cells, and where one cannot be stored (a taken name, a source that
+// vanished) those before it stand, those after it do not, and the failure is
+// the one Copy gives.
+TEST(WorkspaceTest, GridsStoredTogetherStandAsIfCopiedInTurn) {
+    testing::TempDir dir;
+    const Grid grid{0, 30, 10, 10, 600, 530};
+    testing::WriteGrid(dir / "depth.tif", grid, testing::Surface(grid, false));
+    RasterWorkspacePtr workspace = RasterWorkspaceFactory().OpenFromFile(dir.Path(), 0);
+    const std::vector<double> depth =
+        testing::ReadAll(workspace->OpenRasterDataset("depth")->CreateDefaultRaster());
+    RasterMapAlgebraOp op;
+    op.BindRaster(workspace->OpenRasterDataset("depth")->CreateDefaultRaster(), "d");
+    const auto computed = [&](const std::string& expression) {
+        return op.Execute(expression)->Item(0)->RasterDataset();
+    };
+    RasterDatasetPtr twice = computed("[d] * 2");
+    RasterDatasetPtr deep = computed("con([d] < -100, 1, 0)");
+    RasterDatasetPtr both = computed("sum([d] * 2, con([d] < -100, 1, 0))");
+    const std::vector<RasterDatasetPtr> stored =
+        RasterDataset::CopyAll({{twice, "twice"}, {deep, "deep"}, {both, "both"}}, workspace);
+    ASSERT_EQ(stored.size(), 3u);
+    std::vector<double> expected[3];
+    for (double v : depth) {
+        expected[0].push_back(static_cast<float>(v * 2));
+        expected[1].push_back(v < -100 ? 1 : 0);
+        expected[2].push_back(static_cast<float>(v * 2 + (v < -100 ? 1 : 0)));
+    }
+    for (int k = 0; k < 3; ++k) {
+        EXPECT_EQ(testing::ReadAll(stored[k]->CreateDefaultRaster()), expected[k]) << k;
+        const std::vector<double> again = testing::ReadAll(
+            workspace->OpenRasterDataset(stored[k]->Name())->CreateDefaultRaster());
+        EXPECT_EQ(again, expected[k]) << k;
+    }
+
+    // The grids that appeared since `before`, side files aside.
+    const auto Grown = [&](const std::set<std::string>& before) {
+        std::set<std::string> grown;
+        for (const std::string& name : Files(dir.Path())) {
+            if (!before.contains(name) && !name.ends_with(".aux.xml")) grown.insert(name);
+        }
+        return grown;
+    };
+    std::set<std::string> before = Files(dir.Path());
+    try {
+        RasterDataset::CopyAll({{twice, "first"}, {deep, "DEEP"}, {both, "third"}}, workspace);
+        ADD_FAILURE() << "stored over an existing grid";
+    } catch (const runtime::Failure& failure) {
+        EXPECT_EQ(failure.description, "Grid 'DEEP' already exists in " + dir.Path().string());
+    }
+    EXPECT_EQ(Grown(before), (std::set<std::string>{"first.tif"}));
+
+    testing::WriteGrid(dir / "gone.tif", grid, depth);
+    op.BindRaster(workspace->OpenRasterDataset("gone")->CreateDefaultRaster(), "gone");
+    RasterDatasetPtr doomed = computed("[gone] + 1");
+    fs::remove(dir / "gone.tif");
+    before = Files(dir.Path());
+    EXPECT_THROW(
+        RasterDataset::CopyAll({{deep, "second"}, {doomed, "lost"}, {twice, "fourth"}}, workspace),
+        runtime::Failure);
+    EXPECT_EQ(Grown(before), (std::set<std::string>{"second.tif"}));
+}
+
 TEST(StatisticsTest, ExactMeanDeviationAndTableKeptWithTheGrid) {
     testing::TempDir dir;
     const Grid grid{0, 300, 10, 10, 37, 29};
@@ -387,6 +450,64 @@ TEST(EvaluatorTest, TilesAndThreadsGiveTheWholeGridResult) {
     Settings() = saved;
 }
 
+// Windows of one stored grid shifted against each other are served from one
+// wider read per tile: each shift must still see its own cells, NoData beyond
+// the edges, whatever the tile size and the order the shifts are asked in.
+TEST(EvaluatorTest, ShiftedWindowsOfOneGridEachSeeTheirOwnCells) {
+    testing::TempDir dir;
+    const Grid grid{500, 9000, 10, 10, 45, 38};
+    std::vector<double> values = testing::Surface(grid, false);
+    for (std::size_t i = 2; i < values.size(); i += 13) values[i] = kNoData;
+    testing::WriteGrid(dir / "z.tif", grid, values);
+    RasterWorkspacePtr workspace = RasterWorkspaceFactory().OpenFromFile(dir.Path(), 0);
+    RasterMapAlgebraOp op;
+    op.BindRaster(workspace->OpenRasterDataset("z")->CreateDefaultRaster(), "z");
+    // Cell offsets (columns right, rows down) each shifted copy shows at a cell.
+    const std::vector<std::pair<int, int>> offsets{{1, -1}, {0, -1}, {-1, 1},
+                                                   {2, 0},  {-3, 2}, {30, 0}};
+    std::string sum = "[z]";
+    for (std::size_t k = 0; k < offsets.size(); ++k) {
+        const auto [dc, dr] = offsets[k];
+        const std::string name = "s" + std::to_string(k);
+        // Moving the corner left by a cell shows each cell its right neighbour.
+        op.BindRaster(op.Execute("Shift([z], " + std::to_string(500 - 10 * dc) + ", " +
+                                 std::to_string(9000 - 380 + 10 * dr) + ")"),
+                      name);
+        sum = "(" + sum + ") * 2 + [" + name + "]";
+    }
+    RasterPtr shifted = op.Execute(sum);
+    const Grid& g = shifted->GetGrid();
+    ASSERT_EQ(g.cols, 45 - 30 - 3);
+    ASSERT_EQ(g.rows, 38 - 3);
+
+    const std::vector<double> z =
+        testing::ReadAll(workspace->OpenRasterDataset("z")->CreateDefaultRaster());
+    std::vector<double> expected;
+    for (int r = 0; r < g.rows; ++r) {
+        for (int c = 0; c < g.cols; ++c) {
+            const int r0 = r + 1, c0 = c + 3;  // the intersection's corner in z
+            double v = z[r0 * 45 + c0];
+            for (const auto& [dc, dr] : offsets) v = v * 2 + z[(r0 + dr) * 45 + c0 + dc];
+            expected.push_back(v);
+        }
+    }
+    const EvalSettings saved = Settings();
+    for (std::int64_t tile : {1, 5, 16, 512}) {
+        Settings().tileSize = tile;
+        const std::string name = "out" + std::to_string(tile);
+        RasterDatasetPtr stored = shifted->Item(0)->RasterDataset()->Copy(name, workspace);
+        const std::vector<double> cells = testing::ReadAll(stored->CreateDefaultRaster());
+        ASSERT_EQ(cells.size(), expected.size());
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            const double want =
+                std::isnan(expected[i]) ? expected[i] : static_cast<float>(expected[i]);
+            ASSERT_TRUE(cells[i] == want || (std::isnan(cells[i]) && std::isnan(want)))
+                << "tile " << tile << ", cell " << i << ": " << cells[i] << " != " << want;
+        }
+    }
+    Settings() = saved;
+}
+
 // A drawing reads a grid thinned out; stored and computed grids must pick the
 // cell under each sample's centre, as a plain loop over all cells does.
 TEST(EvaluatorTest, SampledReadsPickTheCellUnderEachSampleCentre) {
@@ -412,15 +533,17 @@ TEST(EvaluatorTest, SampledReadsPickTheCellUnderEachSampleCentre) {
             ASSERT_EQ(sampled.size(), static_cast<std::size_t>(cols * rows));
             for (std::int64_t i = 0; i < rows; ++i) {
                 for (std::int64_t j = 0; j < cols; ++j) {
-                    const auto r = window.row0 + static_cast<std::int64_t>(
-                                                     (i + 0.5) * double(window.rows) / double(rows));
-                    const auto c = window.col0 + static_cast<std::int64_t>(
-                                                     (j + 0.5) * double(window.cols) / double(cols));
+                    const auto r =
+                        window.row0 +
+                        static_cast<std::int64_t>((i + 0.5) * double(window.rows) / double(rows));
+                    const auto c =
+                        window.col0 +
+                        static_cast<std::int64_t>((j + 0.5) * double(window.cols) / double(cols));
                     const double want = (*all)[r * grid.cols + c];
                     const double got = sampled[i * cols + j];
                     ASSERT_TRUE(got == want || (std::isnan(got) && std::isnan(want)))
-                        << (raster == stored ? "stored" : "computed") << " " << cols << "x"
-                        << rows << " at " << i << "," << j;
+                        << (raster == stored ? "stored" : "computed") << " " << cols << "x" << rows
+                        << " at " << i << "," << j;
                 }
             }
         }

@@ -28,7 +28,7 @@ bool EqualsNoCase(std::string_view a, std::string_view b) {
 
 namespace {
 
-constexpr double kSnap = 1e-6;      // of a cell: coordinates closer than this coincide
+constexpr double kSnap = 1e-6;             // of a cell: coordinates closer than this coincide
 constexpr double kMaxSide = 2147483647.0;  // cells a side of a GDAL raster holds
 constexpr std::int64_t kRun = 256;  // cells per run of a fused program: they stay in L1 cache
 
@@ -189,6 +189,8 @@ struct EvalContext::State {
     std::unordered_map<const Node*, int> parents;
     std::unordered_map<const Node*, FusedProgram> programs;
     std::unordered_map<WindowKey, Block, WindowKeyHash> shared;
+    // The reads of this tile by node, for the windows near them.
+    std::unordered_map<const Node*, std::vector<std::pair<Window, Block>>> reads;
     std::vector<std::unique_ptr<std::vector<double>>> pool;
     std::map<std::string, GDALDatasetH> handles;
 };
@@ -199,6 +201,7 @@ EvalContext::EvalContext(const NodePtr& root) : state_(std::make_unique<State>()
 
 EvalContext::~EvalContext() {
     state_->shared.clear();
+    state_->reads.clear();
     for (auto& [path, handle] : state_->handles) GDALClose(handle);
 }
 
@@ -216,13 +219,72 @@ Block EvalContext::NewBlock(std::int64_t cells) {
                  [state](std::vector<double>* returned) { state->pool.emplace_back(returned); });
 }
 
-void EvalContext::EndTile() { state_->shared.clear(); }
+void EvalContext::EndTile() {
+    state_->shared.clear();
+    state_->reads.clear();
+}
+
+namespace {
+
+bool Contains(const Window& outer, const Window& inner) {
+    return inner.col0 >= outer.col0 && inner.row0 >= outer.row0 &&
+           inner.col0 + inner.cols <= outer.col0 + outer.cols &&
+           inner.row0 + inner.rows <= outer.row0 + outer.rows;
+}
+
+bool Overlap(const Window& a, const Window& b) {
+    return a.col0 < b.col0 + b.cols && b.col0 < a.col0 + a.cols && a.row0 < b.row0 + b.rows &&
+           b.row0 < a.row0 + a.rows;
+}
+
+}  // namespace
+
+Block EvalContext::ReadNear(const NodePtr& node, const Window& window) {
+    std::vector<std::pair<Window, Block>>& reads = state_->reads[node.get()];
+    const auto part = [&](const Window& from, const Block& cells) {
+        Block out = NewBlock(window.Cells());
+        for (std::int64_t i = 0; i < window.rows; ++i) {
+            const double* row = cells->data() + (window.row0 - from.row0 + i) * from.cols +
+                                (window.col0 - from.col0);
+            std::copy_n(row, window.cols, out->data() + i * window.cols);
+        }
+        return out;
+    };
+    for (const auto& [read, cells] : reads) {
+        if (Contains(read, window)) return part(read, cells);
+    }
+    // A window shifted against an earlier one (the rugosity's eight neighbours)
+    // is likely followed by more shifted as far: read around both at once.
+    Window wide = window;
+    for (const auto& [read, cells] : reads) {
+        if (!Overlap(read, window) || Contains(window, read)) continue;
+        const std::int64_t reach =
+            std::max(std::abs(read.col0 - window.col0), std::abs(read.row0 - window.row0));
+        const std::int64_t col0 = std::min(read.col0, window.col0) - reach;
+        const std::int64_t row0 = std::min(read.row0, window.row0) - reach;
+        wide = {col0, row0,
+                std::max(read.col0 + read.cols, window.col0 + window.cols) + reach - col0,
+                std::max(read.row0 + read.rows, window.row0 + window.rows) + reach - row0};
+        break;
+    }
+    Block cells = NewBlock(wide.Cells());
+    node->Compute(wide, *this, cells->data());
+    MaskOutside(node->grid, wide, cells->data());
+    reads.emplace_back(wide, cells);
+    return wide == window ? cells : part(wide, cells);
+}
 
 Block EvalContext::Get(const NodePtr& node, const Window& window) {
+    if (const NodePtr* same = node->SameCellsAs()) return Get(*same, window);
     const bool keep = state_->parents[node.get()] > 1;
     if (keep) {
         auto found = state_->shared.find({node.get(), window});
         if (found != state_->shared.end()) return found->second;
+        if (node->IsRead()) {
+            Block block = ReadNear(node, window);
+            state_->shared.emplace(WindowKey{node.get(), window}, block);
+            return block;
+        }
     }
     Block block = NewBlock(window.Cells());
     node->Compute(window, *this, block->data());
@@ -332,16 +394,44 @@ EvalSettings& Settings() {
     return settings;
 }
 
-void EvaluateTiles(const NodePtr& root,
-                   const std::function<void(const Window&, const double*)>& sink) {
-    const std::int64_t size = Settings().tileSize > 0
-                                  ? Settings().tileSize
-                                  : (ParentCounts(root).size() + 1 > kDeepGraph ? 128 : 512);
+namespace {
+
+// The roots of one evaluation under a single node, so that the operators they
+// share count all their readers and keep their blocks for the tile.
+class GroupNode final : public Node {
+public:
+    void Compute(const Window&, EvalContext&, double*) const override {
+        throw EngineFailure("A group of grids has no cells of its own");
+    }
+};
+
+}  // namespace
+
+void EvaluateTiles(const std::vector<NodePtr>& roots,
+                   const std::function<void(std::size_t, const Window&, const double*)>& sink) {
+    if (roots.empty()) return;
+    auto group = std::make_shared<GroupNode>();
+    group->grid = roots.front()->grid;
+    group->children = roots;
+    std::size_t deepest = 0;
+    for (const NodePtr& root : roots) {
+        const Grid& g = root->grid;
+        if (g.cols != group->grid.cols || g.rows != group->grid.rows ||
+            g.left != group->grid.left || g.top != group->grid.top ||
+            g.cellX != group->grid.cellX || g.cellY != group->grid.cellY) {
+            throw runtime::RuntimeFailure(runtime::kInvalidProcedureCall);
+        }
+        deepest = std::max(deepest, ParentCounts(root).size() + 1);
+    }
+    const Grid& grid = group->grid;
+    const NodePtr groupRoot = group;
+    const std::int64_t size =
+        Settings().tileSize > 0 ? Settings().tileSize : (deepest > kDeepGraph ? 128 : 512);
     std::vector<Window> tiles;
-    for (std::int64_t row = 0; row < root->grid.rows; row += size) {
-        for (std::int64_t col = 0; col < root->grid.cols; col += size) {
-            tiles.push_back({col, row, std::min(size, root->grid.cols - col),
-                             std::min(size, root->grid.rows - row)});
+    for (std::int64_t row = 0; row < grid.rows; row += size) {
+        for (std::int64_t col = 0; col < grid.cols; col += size) {
+            tiles.push_back(
+                {col, row, std::min(size, grid.cols - col), std::min(size, grid.rows - row)});
         }
     }
     const int threads = Settings().threads > 0 ? Settings().threads : omp_get_max_threads();
@@ -353,14 +443,16 @@ void EvaluateTiles(const NodePtr& root,
     const auto total = static_cast<std::int64_t>(tiles.size());
 #pragma omp parallel num_threads(threads)
     {
-        EvalContext context(root);
+        EvalContext context(groupRoot);
 #pragma omp for schedule(dynamic, 1)
         for (std::size_t t = 0; t < tiles.size(); ++t) {
             if (failed.load()) continue;
             // An exception must not leave the loop: keep the first and skip the rest.
             try {
-                Block block = context.Get(root, tiles[t]);
-                sink(tiles[t], block->data());
+                for (std::size_t k = 0; k < roots.size(); ++k) {
+                    Block block = context.Get(roots[k], tiles[t]);
+                    sink(k, tiles[t], block->data());
+                }
                 if (Settings().onProgress) {
                     std::lock_guard lock(progressLock);
                     Settings().onProgress(++done, total);
@@ -374,6 +466,12 @@ void EvaluateTiles(const NodePtr& root,
         }
     }
     if (failure) std::rethrow_exception(failure);
+}
+
+void EvaluateTiles(const NodePtr& root,
+                   const std::function<void(const Window&, const double*)>& sink) {
+    EvaluateTiles(std::vector<NodePtr>{root}, [&](std::size_t, const Window& tile,
+                                                  const double* values) { sink(tile, values); });
 }
 
 std::vector<double> EvaluateWindow(const NodePtr& root, const Window& window) {
@@ -391,8 +489,8 @@ void Node::ComputeSampled(const Window& window, std::int64_t cols, std::int64_t 
     std::vector<std::int64_t> picked(static_cast<std::size_t>(cols));
     for (std::int64_t j = 0; j < cols; ++j) picked[j] = SampledIndex(j, cols, window.cols);
     for (std::int64_t i = 0; i < rows; ++i) {
-        const Window row{window.col0, window.row0 + SampledIndex(i, rows, window.rows),
-                         window.cols, 1};
+        const Window row{window.col0, window.row0 + SampledIndex(i, rows, window.rows), window.cols,
+                         1};
         Block cells = context.NewBlock(row.Cells());
         Compute(row, context, cells->data());
         for (std::int64_t j = 0; j < cols; ++j) out[i * cols + j] = (*cells)[picked[j]];
@@ -404,7 +502,8 @@ std::vector<double> EvaluateSampled(const NodePtr& root, const Window& window, s
                                     std::int64_t rows) {
     const Grid& g = root->grid;
     if (cols < 1 || rows < 1 || cols > window.cols || rows > window.rows || window.col0 < 0 ||
-        window.row0 < 0 || window.col0 + window.cols > g.cols || window.row0 + window.rows > g.rows) {
+        window.row0 < 0 || window.col0 + window.cols > g.cols ||
+        window.row0 + window.rows > g.rows) {
         throw runtime::RuntimeFailure(runtime::kInvalidProcedureCall);
     }
     EvalContext context(root);

@@ -56,6 +56,8 @@ struct Window {
 Grid CombineGrids(const Grid& first, const Grid& second);
 
 class EvalContext;
+class Node;
+using NodePtr = std::shared_ptr<const Node>;
 
 class Node {
 public:
@@ -75,19 +77,25 @@ public:
     // A node without a grid stands for one value on every cell.
     bool IsScalar() const { return scalar; }
 
+    // The node whose cells these are, index for index, when this node only
+    // moves them (a shift): the evaluator then hands out that node's blocks.
+    virtual const NodePtr* SameCellsAs() const { return nullptr; }
+    // True when the cells are read from storage: a cell costs little next to a
+    // request, so nearby windows of one tile are served from one wider read.
+    virtual bool IsRead() const { return false; }
+
     Grid grid;
     bool integer = false;
     bool scalar = false;
-    double value = 0.0;                                   // of a scalar
+    double value = 0.0;  // of a scalar
     // Every value of the node lies within [low, high], infinite where the
     // operators cannot tell; an integer grid is stored in the smallest cell
     // type that holds this range.
     double low = -std::numeric_limits<double>::infinity();
     double high = std::numeric_limits<double>::infinity();
     std::shared_ptr<const std::string> spatialReference;  // WKT, may be empty
-    std::vector<std::shared_ptr<const Node>> children;
+    std::vector<NodePtr> children;
 };
-using NodePtr = std::shared_ptr<const Node>;
 
 // An operator that works cell by cell on inputs over its own grid. Chains of
 // them are fused: evaluated a short run of cells at a time through every
@@ -129,6 +137,10 @@ public:
     void ComputeFused(const CellwiseNode& node, const Window& window, double* out);
 
 private:
+    // node's cells over window, from a read of this tile that holds them, else
+    // from a new read, wider when it is near an earlier one.
+    Block ReadNear(const NodePtr& node, const Window& window);
+
     struct State;
     std::unique_ptr<State> state_;
 };
@@ -150,6 +162,13 @@ EvalSettings& Settings();
 void EvaluateTiles(const NodePtr& root,
                    const std::function<void(const Window&, const double*)>& sink);
 
+// Evaluates several roots of one grid over shared tiles: each tile is computed
+// for all of them before the next, so what they have in common (the grids they
+// read, the operators they share) is read and computed once per tile, not once
+// per root. sink gets the index of the root. Roots of different grids fail with 5.
+void EvaluateTiles(const std::vector<NodePtr>& roots,
+                   const std::function<void(std::size_t, const Window&, const double*)>& sink);
+
 // The cells of root over one window, on the calling thread.
 std::vector<double> EvaluateWindow(const NodePtr& root, const Window& window);
 
@@ -158,6 +177,19 @@ std::vector<double> EvaluateWindow(const NodePtr& root, const Window& window);
 // and hold at least cols x rows cells; anything else fails with 5.
 std::vector<double> EvaluateSampled(const NodePtr& root, const Window& window, std::int64_t cols,
                                     std::int64_t rows);
+
+// The scratch buffers of the operators and the writer, one set per thread.
+enum class Scratch { kRowSums, kRowCounts, kRingSums, kRingCounts, kStored, kCells };
+
+// A buffer of the calling thread for `Slot` holding at least n values, with
+// whatever it held before. It keeps its memory from tile to tile: fresh memory
+// costs a page fault and a clearing per page, more than the work done on a tile.
+template <class T, Scratch Slot>
+T* ThreadBuffer(std::size_t n) {
+    thread_local std::vector<T> buffer;
+    if (buffer.size() < n) buffer.resize(n);
+    return buffer.data();
+}
 
 // Index of the source cell under the centre of sample `index` when `count`
 // samples cover `cells` cells.

@@ -80,6 +80,8 @@ class StoredNode final : public Node {
 public:
     explicit StoredNode(StoredBand band) : band_(std::move(band)) {}
 
+    bool IsRead() const override { return true; }
+
     void Compute(const Window& window, EvalContext& context, double* out) const override {
         std::fill(out, out + window.Cells(), kNoData);
         const std::int64_t c0 = std::max<std::int64_t>(window.col0, 0);
@@ -129,6 +131,8 @@ private:
 
 class ShiftNode final : public Node {
 public:
+    const NodePtr* SameCellsAs() const override { return &children[0]; }
+
     void Compute(const Window& window, EvalContext& context, double* out) const override {
         // Same cells, other place: the child's indices are this node's indices.
         Block block = context.Get(children[0], window);
@@ -147,6 +151,8 @@ public:
         for (std::int64_t dy = -reach_; dy <= reach_; ++dy) {
             const double dy2 = static_cast<double>(dy * dy);
             spans_.push_back({Widest(outer2, dy2), Widest(inner2, dy2)});
+            const auto [wide, narrow] = spans_.back();
+            if (wide >= 0) ringCells_ += 2 * wide + 1 - (narrow >= 0 ? 2 * narrow + 1 : 0);
         }
     }
 
@@ -155,13 +161,23 @@ public:
         const std::int64_t height = window.rows + 2 * reach_;
         Block source =
             context.Get(children[0], {window.col0 - reach_, window.row0 - reach_, width, height});
-        std::vector<double> sums(static_cast<std::size_t>((width + 1) * height));
-        std::vector<std::int64_t> counts(sums.size());
+        // Away from gaps and edges every ring is whole: its count is known
+        // and only the sums need running.
+        const bool whole =
+            std::none_of(source->begin(), source->end(), [](double v) { return std::isnan(v); });
+        const auto prefixes = static_cast<std::size_t>((width + 1) * height);
+        double* sums = ThreadBuffer<double, Scratch::kRowSums>(prefixes);
+        std::int64_t* counts =
+            whole ? nullptr : ThreadBuffer<std::int64_t, Scratch::kRowCounts>(prefixes);
         for (std::int64_t r = 0; r < height; ++r) {
             const double* row = source->data() + r * width;
-            double* s = sums.data() + r * (width + 1);
-            std::int64_t* n = counts.data() + r * (width + 1);
+            double* s = sums + r * (width + 1);
             s[0] = 0.0;
+            if (whole) {
+                for (std::int64_t c = 0; c < width; ++c) s[c + 1] = s[c] + row[c];
+                continue;
+            }
+            std::int64_t* n = counts + r * (width + 1);
             n[0] = 0;
             for (std::int64_t c = 0; c < width; ++c) {
                 const bool valid = !std::isnan(row[c]);
@@ -169,24 +185,32 @@ public:
                 n[c + 1] = n[c] + (valid ? 1 : 0);
             }
         }
-        std::vector<double> total(static_cast<std::size_t>(window.cols));
-        std::vector<std::int64_t> valid(total.size());
+        const auto cols = static_cast<std::size_t>(window.cols);
+        double* total = ThreadBuffer<double, Scratch::kRingSums>(cols);
+        std::int64_t* valid = ThreadBuffer<std::int64_t, Scratch::kRingCounts>(cols);
         for (std::int64_t r = 0; r < window.rows; ++r) {
-            std::fill(total.begin(), total.end(), 0.0);
-            std::fill(valid.begin(), valid.end(), 0);
+            std::fill_n(total, cols, 0.0);
+            std::fill_n(valid, cols, whole ? ringCells_ : 0);
             for (std::int64_t dy = -reach_; dy <= reach_; ++dy) {
                 const auto [outer, inner] = spans_[dy + reach_];
                 if (outer < 0) continue;
                 const std::int64_t offset = (r + reach_ + dy) * (width + 1) + reach_;
-                const double* s = sums.data() + offset;
-                const std::int64_t* n = counts.data() + offset;
+                const double* s = sums + offset;
                 for (std::int64_t c = 0; c < window.cols; ++c) {
                     total[c] += s[c + outer + 1] - s[c - outer];
+                }
+                if (inner >= 0) {
+                    for (std::int64_t c = 0; c < window.cols; ++c) {
+                        total[c] -= s[c + inner + 1] - s[c - inner];
+                    }
+                }
+                if (whole) continue;
+                const std::int64_t* n = counts + offset;
+                for (std::int64_t c = 0; c < window.cols; ++c) {
                     valid[c] += n[c + outer + 1] - n[c - outer];
                 }
                 if (inner < 0) continue;
                 for (std::int64_t c = 0; c < window.cols; ++c) {
-                    total[c] -= s[c + inner + 1] - s[c - inner];
                     valid[c] -= n[c + inner + 1] - n[c - inner];
                 }
             }
@@ -208,6 +232,7 @@ private:
     }
 
     std::int64_t reach_ = 0;
+    std::int64_t ringCells_ = 0;  // in a ring that lies whole within valid cells
     std::vector<std::pair<std::int64_t, std::int64_t>> spans_;  // outer, inner half-widths per dy
 };
 
@@ -363,8 +388,12 @@ NodePtr MakeUnary(UnaryOp op, NodePtr operand) {
                 low <= 0.0 && high >= 0.0 ? 0.0 : std::min(low * low, high * high), top);
         }
         case UnaryOp::kSqrt:
-            return MakeCellwise<1>({std::move(operand)}, false,
-                                   [](double x) { return x < 0.0 ? kNoData : std::sqrt(x); });
+            // Computed before the choice, so that the loop vectorizes: the
+            // root of a negative is NaN, as its result is.
+            return MakeCellwise<1>({std::move(operand)}, false, [](double x) {
+                const double root = std::sqrt(x);
+                return x < 0.0 ? kNoData : root;
+            });
     }
     return nullptr;
 }
@@ -396,8 +425,11 @@ NodePtr MakeBinary(const std::string& op, NodePtr lhs, NodePtr rhs) {
                       defined ? std::ranges::max(products) : kNoData);
     }
     if (op == "/") {
-        return MakeCellwise<2>(std::move(in), false,
-                               [](double a, double b) { return b == 0.0 ? kNoData : a / b; });
+        // The quotient is computed before the choice, so that the loop vectorizes.
+        return MakeCellwise<2>(std::move(in), false, [](double a, double b) {
+            const double quotient = a / b;
+            return b == 0.0 ? kNoData : quotient;
+        });
     }
     if (op == "<") return compare(std::less<>());
     if (op == "<=") return compare(std::less_equal<>());

@@ -18,6 +18,7 @@
 #include <limits>
 #include <unordered_map>
 
+#include "platform/raster/Meter.h"
 #include "platform/raster/Operators.h"
 #include "platform/runtime/Version.h"
 
@@ -76,10 +77,10 @@ double AsStored(double value, bool integer) {
     return std::isfinite(stored) ? stored : std::numeric_limits<double>::quiet_NaN();
 }
 
-// A tile's values as the grid will hold them.
-std::vector<double> Stored(const double* values, std::int64_t cells, bool integer) {
-    std::vector<double> stored(values, values + cells);
-    for (double& v : stored) v = AsStored(v, integer);
+// A tile's values as the grid will hold them, in a buffer of the calling thread.
+const double* Stored(const double* values, std::int64_t cells, bool integer) {
+    double* stored = ThreadBuffer<double, Scratch::kStored>(static_cast<std::size_t>(cells));
+    for (std::int64_t i = 0; i < cells; ++i) stored[i] = AsStored(values[i], integer);
     return stored;
 }
 
@@ -93,23 +94,32 @@ public:
         std::unordered_map<std::int32_t, std::int64_t> counts;
         double low = std::numeric_limits<double>::infinity();
         double high = -low;
-        for (std::int64_t i = 0; i < cells; ++i) {
-            const double v = values[i];
-            if (std::isnan(v)) continue;
-            ++part.n;
-            part.sum += v;
-            low = std::min(low, v);
-            high = std::max(high, v);
+        if (!integer_ || !AddWhole(values, cells, part, low, high)) {
+            for (std::int64_t i = 0; i < cells; ++i) {
+                const double v = values[i];
+                if (std::isnan(v)) continue;
+                ++part.n;
+                part.sum += v;
+                low = std::min(low, v);
+                high = std::max(high, v);
+            }
+            if (integer_) {
+                for (std::int64_t i = 0; i < cells; ++i) {
+                    if (!std::isnan(values[i])) part.sumSquares += Square(values[i]);
+                }
+            }
         }
         if (part.n == 0) return;
         part.min = low;
         part.max = high;
         part.mean = part.sum / static_cast<double>(part.n);
-        for (std::int64_t i = 0; i < cells; ++i) {
-            const double v = values[i];
-            if (std::isnan(v)) continue;
-            part.m2 += (v - part.mean) * (v - part.mean);
-            if (integer_) part.sumSquares += static_cast<__int128>(v) * static_cast<__int128>(v);
+        // Integer grids need no squared deviations: theirs come from the sums.
+        if (!integer_) {
+            for (std::int64_t i = 0; i < cells; ++i) {
+                const double v = values[i];
+                if (std::isnan(v)) continue;
+                part.m2 += (v - part.mean) * (v - part.mean);
+            }
         }
         if (keepTable_.load(std::memory_order_relaxed))
             CountValues(values, cells, low, high, counts);
@@ -168,6 +178,47 @@ private:
         double max = 0.0;
     };
 
+    // Count, sum, squares and range of whole values in one pass of integer
+    // arithmetic, when every value is whole, fits in 32 bits, and the tile is small enough
+    // that a double sum of them is exact too (so part.sum is what adding them
+    // one by one gives). False, with part untouched, otherwise.
+    static bool AddWhole(const double* values, std::int64_t cells, Part& part, double& low,
+                         double& high) {
+        constexpr double kLimit = 2147483648.0;
+        if (cells > (std::int64_t{1} << 21)) return false;
+        std::int64_t n = 0, sum = 0;
+        __int128 squares = 0;
+        double lo = low, hi = high;
+        for (std::int64_t i = 0; i < cells; ++i) {
+            const double v = values[i];
+            if (std::isnan(v)) continue;
+            if (!(std::abs(v) <= kLimit)) return false;
+            const auto whole = static_cast<std::int64_t>(v);
+            if (static_cast<double>(whole) != v) return false;
+            ++n;
+            sum += whole;
+            squares += whole * whole;
+            lo = v < lo ? v : lo;
+            hi = v > hi ? v : hi;
+        }
+        part.n = n;
+        part.sum = static_cast<double>(sum);
+        part.sumSquares = squares;
+        low = lo;
+        high = hi;
+        return true;
+    }
+
+    // v^2 of a whole v, exactly. Every stored cell type fits in 32 bits, so its
+    // square fits in 64, which is much cheaper than converting a double to 128.
+    static __int128 Square(double v) {
+        if (std::abs(v) <= 2147483648.0) {
+            const auto whole = static_cast<std::int64_t>(v);
+            return whole * whole;
+        }
+        return static_cast<__int128>(v) * static_cast<__int128>(v);
+    }
+
     void Merge(const Part& part) {
         if (total_.n == 0) {
             total_ = part;
@@ -217,7 +268,7 @@ GridSummary Summarize(const NodePtr& node, bool asStored) {
     SummaryBuilder builder(node->integer);
     EvaluateTiles(node, [&](const Window& tile, const double* values) {
         if (!asStored) return builder.Add(values, tile.Cells());
-        builder.Add(Stored(values, tile.Cells(), node->integer).data(), tile.Cells());
+        builder.Add(Stored(values, tile.Cells(), node->integer), tile.Cells());
     });
     return builder.Finish();
 }
@@ -600,23 +651,56 @@ RasterPtr RasterDataset::CreateDefaultRaster() {
     return std::make_shared<Raster>(node_, shared_from_this());
 }
 
-RasterDatasetPtr RasterDataset::Copy(const std::string& name, const RasterWorkspacePtr& workspace) {
-    EnsureGdal();
-    const RasterWorkspace& target = runtime::Deref(workspace);
+namespace {
+
+// Until a grid is complete, a failure removes what was written.
+struct PartialFile {
+    GDALDatasetH dataset = nullptr;
+    fs::path path;
+    PartialFile() = default;
+    PartialFile(const PartialFile&) = delete;
+    PartialFile& operator=(const PartialFile&) = delete;
+    ~PartialFile() {
+        if (dataset) GDALClose(dataset);
+        if (!path.empty()) RemoveFileAndSidecars(path);
+    }
+};
+
+}  // namespace
+
+// One grid on its way to the workspace: the file it is written to under a
+// temporary name, and what is learnt of its values while they are written.
+struct RasterDataset::PendingWrite {
+    RasterDataset* source;
+    std::string name;
+    fs::path final;
+    CellType cellType;
+    PartialFile file;
+    GDALRasterBandH band = nullptr;
+    std::mutex lock;
+    SummaryBuilder builder;
+
+    PendingWrite(RasterDataset& dataset, std::string gridName, const RasterWorkspace& target)
+        : source(&dataset),
+          name(std::move(gridName)),
+          final(fs::path(target.PathName()) / (name + ".tif")),
+          cellType(CellTypeOf(*dataset.node_)),
+          builder(dataset.node_->integer) {}
+};
+
+void RasterDataset::CheckCopy(const std::string& name, const RasterWorkspace& target) const {
     if (name.empty() || name.find('/') != std::string::npos || name[0] == '.') {
         throw EngineFailure("'" + name + "' is not a valid grid name");
     }
     if (!target.Find(name).empty()) {
         throw EngineFailure("Grid '" + name + "' already exists in " + target.PathName());
     }
+}
+
+void RasterDataset::StartCopy(PendingWrite& writing, const RasterWorkspace& target) {
     const Grid& grid = node_->grid;
     const bool integer = node_->integer;
-    const CellType cellType = CellTypeOf(*node_);
-    const auto intNoData = static_cast<std::int32_t>(cellType.noData);
-    const fs::path folder(target.PathName());
-    const fs::path partial = folder / (TemporaryName(name) + ".tif");
-    const fs::path final = folder / (name + ".tif");
-
+    writing.file.path = fs::path(target.PathName()) / (TemporaryName(writing.name) + ".tif");
     // Measured on a 4000 x 4000 bathymetry (copy, slope, position index): ZSTD level 1
     // writes as fast as no compression at all; byte differencing shrinks floating
     // grids by a sixth for free but makes the small integer grids bigger and slower.
@@ -627,88 +711,166 @@ RasterDatasetPtr RasterDataset::Copy(const std::string& name, const RasterWorksp
         "BIGTIFF=IF_SAFER", "NUM_THREADS=ALL_CPUS", nullptr};
     GDALDriverH driver = GDALGetDriverByName("GTiff");
     CPLErrorReset();
-    GDALDatasetH out =
-        GDALCreate(driver, partial.c_str(), static_cast<int>(grid.cols),
-                   static_cast<int>(grid.rows), 1, cellType.type, const_cast<char**>(options));
-    if (!out) throw EngineFailure("Cannot create '" + final.string() + "'" + LastGdalError());
+    writing.file.dataset = GDALCreate(driver, writing.file.path.c_str(),
+                                      static_cast<int>(grid.cols), static_cast<int>(grid.rows), 1,
+                                      writing.cellType.type, const_cast<char**>(options));
+    if (!writing.file.dataset) {
+        writing.file.path.clear();
+        throw EngineFailure("Cannot create '" + writing.final.string() + "'" + LastGdalError());
+    }
+    GDALDatasetH out = writing.file.dataset;
     double transform[6] = {grid.left, grid.cellX, 0.0, grid.top, 0.0, -grid.cellY};
     GDALSetGeoTransform(out, transform);
     if (node_->spatialReference && !node_->spatialReference->empty()) {
         GDALSetProjection(out, node_->spatialReference->c_str());
     }
-    GDALRasterBandH band = GDALGetRasterBand(out, 1);
-    GDALSetRasterNoDataValue(band, cellType.noData);
+    writing.band = GDALGetRasterBand(out, 1);
+    GDALSetRasterNoDataValue(writing.band, writing.cellType.noData);
+}
 
-    // Until the grid is complete, a failure removes what was written.
-    struct PartialFile {
-        GDALDatasetH dataset;
-        fs::path path;
-        ~PartialFile() {
-            if (dataset) GDALClose(dataset);
-            if (!path.empty()) RemoveFileAndSidecars(path);
+void RasterDataset::WriteTile(PendingWrite& writing, const Window& tile, const double* values) {
+    const bool integer = node_->integer;
+    const auto intNoData = static_cast<std::int32_t>(writing.cellType.noData);
+    const std::int64_t cells = tile.Cells();
+    const double* stored = Stored(values, cells, integer);
+    writing.builder.Add(stored, cells);
+    void* buffer = nullptr;
+    if (integer) {
+        auto* ints = ThreadBuffer<std::int32_t, Scratch::kCells>(static_cast<std::size_t>(cells));
+        for (std::int64_t i = 0; i < cells; ++i) {
+            ints[i] = std::isnan(stored[i]) ? intNoData : static_cast<std::int32_t>(stored[i]);
         }
-    } partialFile{out, partial};
+        buffer = ints;
+    } else {
+        auto* floats = ThreadBuffer<float, Scratch::kCells>(static_cast<std::size_t>(cells));
+        for (std::int64_t i = 0; i < cells; ++i) {
+            floats[i] = std::isnan(stored[i]) ? kFloatNoData : static_cast<float>(stored[i]);
+        }
+        buffer = floats;
+    }
+    std::lock_guard lock(writing.lock);
+    if (GDALRasterIO(writing.band, GF_Write, static_cast<int>(tile.col0),
+                     static_cast<int>(tile.row0), static_cast<int>(tile.cols),
+                     static_cast<int>(tile.rows), buffer, static_cast<int>(tile.cols),
+                     static_cast<int>(tile.rows), integer ? GDT_Int32 : GDT_Float32, 0,
+                     0) != CE_None) {
+        throw EngineFailure("Cannot write '" + writing.final.string() + "'" + LastGdalError());
+    }
+}
 
-    SummaryBuilder builder(integer);
-    std::mutex writeLock;
-    EvaluateTiles(node_, [&](const Window& tile, const double* values) {
-        const std::vector<double> stored = Stored(values, tile.Cells(), integer);
-        builder.Add(stored.data(), tile.Cells());
-        std::vector<std::int32_t> ints;
-        std::vector<float> floats;
-        void* buffer = nullptr;
-        if (integer) {
-            ints.resize(stored.size());
-            for (std::size_t i = 0; i < stored.size(); ++i) {
-                ints[i] = std::isnan(stored[i]) ? intNoData : static_cast<std::int32_t>(stored[i]);
-            }
-            buffer = ints.data();
-        } else {
-            floats.resize(stored.size());
-            for (std::size_t i = 0; i < stored.size(); ++i) {
-                floats[i] = std::isnan(stored[i]) ? kFloatNoData : static_cast<float>(stored[i]);
-            }
-            buffer = floats.data();
-        }
-        std::lock_guard lock(writeLock);
-        if (GDALRasterIO(band, GF_Write, static_cast<int>(tile.col0), static_cast<int>(tile.row0),
-                         static_cast<int>(tile.cols), static_cast<int>(tile.rows), buffer,
-                         static_cast<int>(tile.cols), static_cast<int>(tile.rows),
-                         integer ? GDT_Int32 : GDT_Float32, 0, 0) != CE_None) {
-            throw EngineFailure("Cannot write '" + final.string() + "'" + LastGdalError());
-        }
-    });
-    GridSummary summary = builder.Finish();
+GridSummary RasterDataset::FinishWrite(PendingWrite& writing) {
+    GridSummary summary = writing.builder.Finish();
     if (summary.table && description_.nameClasses) description_.nameClasses(*summary.table);
-    WriteSummary(out, summary, grid.Cells(), cellType.type);
-    WriteProvenance(out, description_);
+    WriteSummary(writing.file.dataset, summary, node_->grid.Cells(), writing.cellType.type);
+    WriteProvenance(writing.file.dataset, description_);
     CPLErrorReset();
-    partialFile.dataset = nullptr;
+    GDALDatasetH out = writing.file.dataset;
+    writing.file.dataset = nullptr;
     GDALClose(out);
     if (CPLGetLastErrorType() >= CE_Failure) {
-        throw EngineFailure("Cannot write '" + final.string() + "'" + LastGdalError());
+        throw EngineFailure("Cannot write '" + writing.final.string() + "'" + LastGdalError());
     }
-    PartialFile cloudOptimized{nullptr, {}};
-    if (Writing().cloudOptimized) {
-        cloudOptimized.path = folder / (TemporaryName(name) + ".tif");
-        WriteCloudOptimized(partial, cloudOptimized.path, integer);
-        std::swap(partialFile.path, cloudOptimized.path);
+    if (raster::Writing().cloudOptimized) {
+        const fs::path plain = writing.file.path;
+        PartialFile cloudOptimized;
+        cloudOptimized.path = writing.final.parent_path() / (TemporaryName(writing.name) + ".tif");
+        WriteCloudOptimized(plain, cloudOptimized.path, node_->integer);
+        std::swap(writing.file.path, cloudOptimized.path);
     }
-    const fs::path& written = partialFile.path;
+    return summary;
+}
+
+RasterDatasetPtr RasterDataset::Store(PendingWrite& writing, GridSummary summary,
+                                      const RasterWorkspace& target) {
+    const fs::path& written = writing.file.path;
+    const fs::path& final = writing.final;
     // The grid appears under its name only when complete, and never over another.
     if (::renameat2(AT_FDCWD, written.c_str(), AT_FDCWD, final.c_str(), RENAME_NOREPLACE) != 0) {
         const int error = errno;
         if (error == EEXIST) {
-            throw EngineFailure("Grid '" + name + "' already exists in " + target.PathName());
+            throw EngineFailure("Grid '" + writing.name + "' already exists in " +
+                                target.PathName());
         }
         throw EngineFailure("Cannot store '" + final.string() + "': " + std::strerror(error));
     }
     // Without its side file the grid is still whole: statistics are then computed again.
     std::error_code ec;
     fs::rename(written.string() + ".aux.xml", final.string() + ".aux.xml", ec);
-    partialFile.path.clear();
+    writing.file.path.clear();
     RasterDatasetPtr stored = Open(final.string());
     stored->summary_ = std::move(summary);
+    return stored;
+}
+
+RasterDatasetPtr RasterDataset::Copy(const std::string& name, const RasterWorkspacePtr& workspace) {
+    return CopyAll({{shared_from_this(), name}}, workspace).front();
+}
+
+std::vector<RasterDatasetPtr> RasterDataset::CopyAll(
+    const std::vector<std::pair<RasterDatasetPtr, std::string>>& grids,
+    const RasterWorkspacePtr& workspace) {
+    EnsureGdal();
+    const RasterWorkspace& target = runtime::Deref(workspace);
+    std::vector<RasterDatasetPtr> stored;
+    // One at a time, as when each grid is copied on its own: the first that
+    // cannot be stored fails, and the grids before it stand.
+    const auto oneByOne = [&] {
+        for (std::size_t k = stored.size(); k < grids.size(); ++k) {
+            stored.push_back(CopyAll({grids[k]}, workspace).front());
+        }
+        return stored;
+    };
+    if (grids.size() > 1) {
+        std::vector<std::string> names;
+        for (const auto& [dataset, name] : grids) {
+            // What would fail on its own is left to the one-by-one path, so
+            // that the same grids stand after the same failure.
+            if (!dataset || !dataset->node_) return oneByOne();
+            const Grid& a = dataset->node_->grid;
+            const Grid& b = grids.front().first->node_->grid;
+            const bool sameGrid = a.cols == b.cols && a.rows == b.rows && a.left == b.left &&
+                                  a.top == b.top && a.cellX == b.cellX && a.cellY == b.cellY;
+            if (!sameGrid) return oneByOne();
+            try {
+                dataset->CheckCopy(name, target);
+            } catch (const runtime::Failure&) {
+                return oneByOne();
+            }
+            if (std::ranges::any_of(names, [&](const auto& n) { return EqualsNoCase(n, name); }))
+                return oneByOne();
+            names.push_back(name);
+        }
+    }
+    if (grids.size() == 1) {
+        if (!grids.front().first) throw runtime::RuntimeFailure(runtime::kObjectNotSet);
+        grids.front().first->CheckCopy(grids.front().second, target);
+    }
+
+    std::vector<std::unique_ptr<PendingWrite>> writings;
+    std::vector<GridSummary> summaries;
+    std::vector<NodePtr> roots;
+    try {
+        std::string stage;
+        for (const auto& [dataset, name] : grids) stage += (stage.empty() ? "" : "+") + name;
+        const StageMeter meter(stage);
+        for (const auto& [dataset, name] : grids) {
+            writings.push_back(std::make_unique<PendingWrite>(*dataset, name, target));
+            dataset->StartCopy(*writings.back(), target);
+            roots.push_back(dataset->node_);
+        }
+        EvaluateTiles(roots, [&](std::size_t k, const Window& tile, const double* values) {
+            writings[k]->source->WriteTile(*writings[k], tile, values);
+        });
+        for (auto& writing : writings) summaries.push_back(writing->source->FinishWrite(*writing));
+    } catch (const runtime::Failure&) {
+        if (grids.size() == 1) throw;
+        // Which of the grids would have failed first is known only one by one.
+        writings.clear();
+        return oneByOne();
+    }
+    for (std::size_t k = 0; k < writings.size(); ++k) {
+        stored.push_back(writings[k]->source->Store(*writings[k], std::move(summaries[k]), target));
+    }
     return stored;
 }
 
@@ -736,6 +898,7 @@ bool RasterDataset::CanDelete() const {
 
 void RasterDataset::Delete() {
     if (!CanDelete()) throw EngineFailure("Cannot delete raster '" + path_ + "'");
+    const StageMeter meter("delete " + name_);
     std::error_code ec;
     if (fs::is_directory(path_, ec)) {
         fs::remove_all(path_, ec);
@@ -747,7 +910,10 @@ void RasterDataset::Delete() {
 const GridSummary& RasterDataset::Summary() {
     std::lock_guard lock(summaryLock_);
     if (!summary_ && !IsTemporary()) summary_ = ReadSummary(path_);
-    if (!summary_) summary_ = Summarize(node_, IsTemporary());
+    if (!summary_) {
+        const StageMeter meter("statistics " + (IsTemporary() ? std::string("(computed)") : name_));
+        summary_ = Summarize(node_, IsTemporary());
+    }
     return *summary_;
 }
 

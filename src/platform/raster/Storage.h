@@ -138,6 +138,13 @@ public:
     // Stores the grid as name in workspace. Never overwrites: an existing name
     // fails, and a failed copy leaves nothing under the name.
     RasterDatasetPtr Copy(const std::string& name, const RasterWorkspacePtr& workspace);
+    // Stores each computed grid under its name, as Copy does one after the
+    // other, but in one pass over shared tiles: what the grids read in common
+    // is read once. The grids stand in the order given; where one of them
+    // cannot be stored, the grids before it stand and the failure is Copy's.
+    static std::vector<RasterDatasetPtr> CopyAll(
+        const std::vector<std::pair<RasterDatasetPtr, std::string>>& grids,
+        const RasterWorkspacePtr& workspace);
 
     bool CanDelete() const;
     void Delete();
@@ -157,6 +164,13 @@ public:
     const GridDescription& Description() const { return description_; }
 
 private:
+    struct PendingWrite;
+    void CheckCopy(const std::string& name, const RasterWorkspace& target) const;
+    void StartCopy(PendingWrite& writing, const RasterWorkspace& target);
+    void WriteTile(PendingWrite& writing, const Window& tile, const double* values);
+    GridSummary FinishWrite(PendingWrite& writing);
+    static RasterDatasetPtr Store(PendingWrite& writing, GridSummary summary,
+                                  const RasterWorkspace& target);
     const GridSummary& Summary();
 
     NodePtr node_;
