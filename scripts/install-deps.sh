@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that building, testing and running Halvane need,
-# and only those that are missing, so a second run costs a second.
+# and only those that are missing, so a second run costs a second. Names given
+# as arguments are installed too (the checks that need more than the build).
 set -euo pipefail
 
 packages=(
@@ -9,6 +10,7 @@ packages=(
     libgtest-dev libgmock-dev libbenchmark-dev
     python3-gdal
     xvfb xauth fonts-dejavu-core
+    "$@"
 )
 
 missing=()

@@ -1,6 +1,8 @@
 #include "apps/desktop/MainWindow.h"
 
 #include <QAction>
+#include <QCloseEvent>
+#include <QCoreApplication>
 #include <QDockWidget>
 #include <QMenu>
 #include <QMenuBar>
@@ -179,6 +181,11 @@ void MainWindow::ShowCursor(double x, double y) {
         break;
     }
     position_->setText(text);
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    QMainWindow::closeEvent(event);
+    if (event->isAccepted()) QCoreApplication::quit();
 }
 
 }  // namespace halvane::desktop

@@ -45,6 +45,10 @@ public:
     // cannot be opened.
     void AddRaster(const std::string& path);
 
+protected:
+    // Leaving the map leaves the program, whatever page or help window is open.
+    void closeEvent(QCloseEvent* event) override;
+
 private:
     void AddToolbar(const host::ComponentHost::Toolbar& toolbar);
     void MapChanged();
