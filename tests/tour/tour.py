@@ -146,6 +146,7 @@ def wizard():
     d.shot("frmRugosity_comp", page)
     close(page)
     expect_layers(["RUGOSITY", "ZONES"])
+    d.shot("map-wizard", d.main)
 
 
 def resample():
@@ -237,6 +238,7 @@ def classify():
     expect_zone_legend("SHORTZONES")
     d.button(page, "Exit")
     d.no_page()
+    d.shot("map-short-route", d.main)
 
 
 def rugosity():
