@@ -80,8 +80,11 @@ def required_data(caption, work_folder, shot):
     d.button(page, "OK")
 
 
-def close(page):
+def close(page, wizard=False):
+    """Close; in the wizard the way out asks first."""
     d.button(page, "Close")
+    if wizard:
+        d.answer("Exit?", "Yes")
     d.no_page()
 
 
@@ -144,7 +147,7 @@ def wizard():
     finish_with_map(page)
     page = d.page("Rugosity Grid")
     d.shot("frmRugosity_comp", page)
-    close(page)
+    close(page, wizard=True)
     expect_layers(["RUGOSITY", "ZONES"])
     d.shot("map-wizard", d.main)
 
@@ -269,10 +272,19 @@ def leave():
 LEGS = [wizard, resample, broad, fine, standardize, dictionary, classify, rugosity]
 
 
-for leg in LEGS:
-    if len(sys.argv) <= 4 or leg.__name__ in sys.argv[4:]:
-        leg()
-d.shot("map", d.main)
-help()
-leave()
+try:
+    for leg in LEGS:
+        if len(sys.argv) <= 4 or leg.__name__ in sys.argv[4:]:
+            leg()
+    d.shot("map", d.main)
+    help()
+    leave()
+except TourFailure:
+    # What was on the screen, for whoever reads the log of a failed run.
+    for window in d.tops():
+        print("tour: on screen: %s '%s': %s" % (
+            window.getRoleName(), window.name,
+            [n.name for n in descendants(window) if n.name][:12]), file=sys.stderr)
+    d.shot("failure", d.main)
+    raise
 print("tour: %d pictures in %s" % (len(d.taken), shots))
