@@ -30,6 +30,12 @@ raster::RasterDatasetPtr OpenInFolder(const std::string& folder, const std::stri
     return OpenDatasetInWorkspace(GetRasterWorkspace(folder), name);
 }
 
+void BrowseWorkingDir(Page& page, QLineEdit& box) {
+    const std::string folder = getWorkspaceInput("Select the working directory:", page.hWnd());
+    box.setText(QString::fromStdString(folder));
+    g_s_WorkingDir = folder;
+}
+
 void TestRasterOpens(const std::string& path) {
     ui::Services().SetMousePointer(ui::vbHourglass);
     CreateLayerFrom(path);

@@ -27,6 +27,10 @@ void StoreInputGrid(const std::string& name, const std::string& folder);
 void BrowseProjectedGrid(Page& page, const std::string& title, QLineEdit& box,
                          const StoreGrid& store);
 
+// The working directory's browse button: the chosen folder goes into `box` and
+// the session's g_s_WorkingDir; a cancelled dialog empties both.
+void BrowseWorkingDir(Page& page, QLineEdit& box);
+
 // The layer test alone, between the busy pointer and the pointer back.
 void TestRasterOpens(const std::string& path);
 

@@ -231,7 +231,8 @@ QComboBox* Page::NewCombo(const char* name, const QStringList& entries, const QS
     return combo;
 }
 
-void Page::NewBanner(const QString& heading, const QString& subHeading) {
+QLabel* Page::NewBanner(const QString& heading, const QString& subHeading,
+                        const char* headingName) {
     auto* banner = new QFrame(this);
     banner->setObjectName(QStringLiteral("banner"));
     banner->setAutoFillBackground(true);
@@ -241,7 +242,7 @@ void Page::NewBanner(const QString& heading, const QString& subHeading) {
     auto* texts = new QVBoxLayout(banner);
     texts->setContentsMargins(16, 10, 16, 10);
     auto* title = new QLabel(heading, banner);
-    title->setObjectName(QStringLiteral("lblHeading"));
+    title->setObjectName(QString::fromLatin1(headingName));
     QFont bold = title->font();
     bold.setBold(true);
     title->setFont(bold);
@@ -250,8 +251,11 @@ void Page::NewBanner(const QString& heading, const QString& subHeading) {
     subtitle->setIndent(16);
     texts->addWidget(title);
     texts->addWidget(subtitle);
+    // A heading alone has no empty line under it.
+    subtitle->setVisible(!subHeading.isEmpty());
     outer_->insertWidget(0, banner);
     outer_->insertWidget(1, NewLine(this));
+    return title;
 }
 
 QGridLayout* Page::NewForm() {
@@ -264,11 +268,16 @@ QGridLayout* Page::NewForm() {
 
 QPushButton* Page::NewHelpButton(const char* name, const char* procedure, const QString& caption,
                                  const char* topic) {
+    return NewHelpButton(name, procedure, caption, [this, topic] { ShowHelp(topic); });
+}
+
+QPushButton* Page::NewHelpButton(const char* name, const char* procedure, const QString& caption,
+                                 std::function<void()> open) {
     auto* button = new QPushButton(caption, this);
     button->setObjectName(QString::fromLatin1(name));
     button->setAutoDefault(false);
     buttonRow_->insertWidget(0, button);
-    OnClick(button, procedure, kTopLevel, [this, topic] { ShowHelp(topic); });
+    OnClick(button, procedure, kTopLevel, std::move(open));
     return button;
 }
 

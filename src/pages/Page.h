@@ -134,8 +134,10 @@ protected:
     QRadioButton* NewOption(const char* name, const QString& caption = {});
     // A drop-down list whose text can also be typed, as `text` at first.
     QComboBox* NewCombo(const char* name, const QStringList& entries, const QString& text);
-    // The white band across the top of a wizard page.
-    void NewBanner(const QString& heading, const QString& subHeading);
+    // The white band across the top of a wizard page, with a sub-heading
+    // unless it is empty; returns its heading, named `headingName`.
+    QLabel* NewBanner(const QString& heading, const QString& subHeading,
+                      const char* headingName = "lblHeading");
     // A grid of rows, label | box | browse button, added to the body.
     QGridLayout* NewForm();
     // The standard button row: cmdBack, cmdNext, cmdCancel.
@@ -144,6 +146,9 @@ protected:
     // `topic` and changes nothing else.
     QPushButton* NewHelpButton(const char* name, const char* procedure, const QString& caption,
                                const char* topic);
+    // The same button for a page that opens its topic its own way.
+    QPushButton* NewHelpButton(const char* name, const char* procedure, const QString& caption,
+                               std::function<void()> open);
 
     // --- events. Each handler is a protected procedure of this page's module;
     // a failure that a pass-on handler raises out of its event reaches the

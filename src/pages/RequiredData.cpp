@@ -45,11 +45,8 @@ RequiredDataPage::RequiredDataPage(PageSlot& slot, const char* module, const cha
     cmdOK->setDefault(true);
     resize(440, 300);
 
-    OnClick(cmdOpenWS, "cmdOpenWS_Click", kTopLevel, [this] {
-        const std::string chosen = getWorkspaceInput("Select the working directory:", hWnd());
-        g_s_WorkingDir->setText(QString::fromStdString(chosen));
-        halvane::g_s_WorkingDir = chosen;
-    });
+    OnClick(cmdOpenWS, "cmdOpenWS_Click", kTopLevel,
+            [this] { BrowseWorkingDir(*this, *g_s_WorkingDir); });
 }
 
 void RequiredDataPage::Form_Load() {

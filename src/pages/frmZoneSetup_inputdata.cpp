@@ -137,9 +137,7 @@ void frmZoneSetup_inputdataPage::Form_Load() {
 void frmZoneSetup_inputdataPage::cmdOpenWS_Click() {
     // The only place the session's working directory comes from: a cancelled
     // dialog empties both, and a folder typed by hand is never stored.
-    const std::string folder = getWorkspaceInput("Select the working directory:", hWnd());
-    g_s_WorkingDir->setText(QString::fromStdString(folder));
-    halvane::g_s_WorkingDir = folder;
+    BrowseWorkingDir(*this, *g_s_WorkingDir);
 }
 
 void frmZoneSetup_inputdataPage::cmdInputLrgScaleBPIBrowse_Click() {

@@ -108,10 +108,6 @@ const ScaleTabNames kBroadTab{
 
 frmZoneStep3Page::frmZoneStep3Page(PageSlot& slot) : Page(slot, kModule) {
     NewBanner(QStringLiteral("Standardize the BPI grids"), {});
-    // The page has a heading alone: no empty line under it.
-    if (auto* subHeading = findChild<QLabel*>(QStringLiteral("lblSubHeading"))) {
-        subHeading->hide();
-    }
 
     tabStandardizeBPIgrids = new QTabWidget(this);
     tabStandardizeBPIgrids->setObjectName(QStringLiteral("tabStandardizeBPIgrids"));

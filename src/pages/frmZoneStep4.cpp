@@ -100,10 +100,7 @@ QLabel* NewCaption(QWidget* parent, const char* name, const char* text) {
 }  // namespace
 
 frmZoneStep4Page::frmZoneStep4Page(PageSlot& slot) : Page(slot, kModule) {
-    NewBanner(QStringLiteral("Create / edit classification dictionary"), {});
-    Label1 = findChild<QLabel*>(QStringLiteral("lblHeading"));
-    Label1->setObjectName(QStringLiteral("Label1"));
-    if (auto* subHeading = findChild<QLabel*>(QStringLiteral("lblSubHeading"))) subHeading->hide();
+    Label1 = NewBanner(QStringLiteral("Create / edit classification dictionary"), {}, "Label1");
 
     QGridLayout* form = NewForm();
     Label2 = NewCaption(this, "Label2", "Specify an existing classification dictionary:");

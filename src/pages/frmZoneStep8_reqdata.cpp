@@ -92,12 +92,8 @@ frmZoneStep8_reqdataPage::frmZoneStep8_reqdataPage(PageSlot& slot) : ClassListPa
     cmdNext->setText(QStringLiteral("Next"));
     resize(820, 480);
 
-    OnClick(cmdOpenWS, "cmdOpenWS_Click", kTopLevel, [this] {
-        // A cancelled dialog empties both.
-        const std::string chosen = getWorkspaceInput("Select the working directory:", hWnd());
-        g_s_WorkingDir->setText(QString::fromStdString(chosen));
-        halvane::g_s_WorkingDir = chosen;
-    });
+    OnClick(cmdOpenWS, "cmdOpenWS_Click", kTopLevel,
+            [this] { BrowseWorkingDir(*this, *g_s_WorkingDir); });
     OnClick(cmdInputBrowse, "cmdInputBrowse_Click", kTopLevel, [this] {
         // The raster the run uses, and the input as well; the wizard's own
         // input dataset stays unset here.

@@ -45,6 +45,29 @@ protected:
         EXPECT_LE(a.right(), b.left()) << left << " before " << right << " on " << page.Name();
     }
 
+    // Each control stands wholly below the one before it.
+    static void ExpectColumn(PageSlot& page, std::initializer_list<const char*> topToBottom) {
+        const char* above = nullptr;
+        for (const char* control : topToBottom) {
+            if (above) {
+                EXPECT_LE(Frame(page, above).bottom(), Frame(page, control).top())
+                    << above << " above " << control << " on " << page.Name();
+            }
+            above = control;
+        }
+    }
+
+    // The buttons stand in this order on one row, the last in the page's
+    // bottom right corner, and the whole page is a dialog as above.
+    static void ExpectButtonRow(PageSlot& page, std::initializer_list<const char*> leftToRight) {
+        const char* before = nullptr;
+        for (const char* button : leftToRight) {
+            if (before) ExpectBeside(page, before, button);
+            before = button;
+        }
+        ExpectWholeDialog(page, before);
+    }
+
     // Everything on the page lies inside it, and no single-line label is
     // cut short; the last button of the row sits in the bottom right corner.
     static void ExpectWholeDialog(PageSlot& page, const char* lastButton) {
@@ -390,6 +413,40 @@ TEST_F(PageLayoutTest, ClassificationPagesWithTheDefaultDictionary) {
     const QModelIndex last = grid->model()->index(grid->model()->rowCount() - 1, 1);
     EXPECT_TRUE(grid->viewport()->rect().contains(grid->visualRect(last))) << "last class hidden";
     Photograph(frmZoneStep8_comp);
+}
+
+TEST_F(PageLayoutTest, RugosityPagesAfterTheWizard) {
+    g_s_WorkingDir = "/data/survey/work";
+    g_s_BPI_DataPath = "/data/survey";
+    g_s_BPI_DataSet = "multibeam.tif";
+    g_s_SaveRugosity_OutputData = "rugosity";
+
+    frmRugosity.Show();
+    EXPECT_EQ(Text(frmRugosity, "g_s_InputDataSet"), "/data/survey/multibeam.tif");
+    EXPECT_EQ(Text(frmRugosity, "g_s_WorkingDir"), "/data/survey/work");
+    Type(frmRugosity, "g_s_SaveRugosity_OutputData", "rugosity");
+    // Each prompt over its box, each path box beside its browse button.
+    ExpectColumn(frmRugosity,
+                 {"Label1", "lbl_InputDataSet", "Label2(0)", "g_s_InputDataSet", "Label2(1)",
+                  "g_s_WorkingDir", "Label7", "g_s_SaveRugosity_OutputData"});
+    for (const char* box : {"g_s_InputDataSet", "g_s_WorkingDir", "g_s_SaveRugosity_OutputData"}) {
+        EXPECT_EQ(Frame(frmRugosity, "Label2(0)").left(), Frame(frmRugosity, box).left()) << box;
+    }
+    ExpectBeside(frmRugosity, "g_s_InputDataSet", "cmdInputBrowse");
+    ExpectBeside(frmRugosity, "g_s_WorkingDir", "cmdOpenWS");
+    EXPECT_EQ(Frame(frmRugosity, "cmdInputBrowse").left(), Frame(frmRugosity, "cmdOpenWS").left());
+    ExpectBeside(frmRugosity, "Picture1", "Frame1");
+    ExpectButtonRow(frmRugosity,
+                    {"cmdAboutBathymPositionIndexGrids", "cmdBack", "cmdNext", "cmdCancel"});
+    Photograph(frmRugosity);
+    frmRugosity.Hide();
+
+    frmRugosity_comp.Show();
+    EXPECT_EQ(Text(frmRugosity_comp, "txtlRugosityGridLocation"), "/data/survey/work/rugosity");
+    ExpectColumn(frmRugosity_comp, {"Label1", "lbl_InputDataSet(0)", "txtlRugosityGridLocation",
+                                    "lbl_InputDataSet(1)"});
+    ExpectButtonRow(frmRugosity_comp, {"cmdAboutBathymPositionIndexGrids", "cmdBack", "cmdNext"});
+    Photograph(frmRugosity_comp);
 }
 
 }  // namespace

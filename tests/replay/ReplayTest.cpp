@@ -319,6 +319,39 @@ TEST(ReplayedRun, TheWizardsWholeRouteIsTheCommandLinesClassify) {
     EXPECT_TRUE(seen) << "the script reads the zone layer's classes";
 }
 
+// The rugosity command run on the desktop, through its browse buttons, a
+// name, Finish and Yes, leaves the command line's rugosity of the same
+// bathymetry, cell for cell, and its layer on the map.
+TEST(ReplayedRun, TheRugosityCommandsGridIsTheCommandLines) {
+    SessionFolder folder;
+    const Outcome outcome = ReplayFile(folder, "rugosity-standalone");
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.errors;
+
+    TempDir cli;
+    ASSERT_EQ(Halvane({"rugosity", "--workdir", QString::fromStdString(cli.Path().string()),
+                       "--name", "rugged", QString::fromStdString(folder.Data() + "/dem.tif")}),
+              0);
+    const std::vector<double> desktop = Cells(folder.Work() + "/rugged.tif");
+    EXPECT_TRUE(SameCells(desktop, Cells(cli / "rugged.tif")));
+    // A true surface is never smaller than its plan, and the wavy one is larger.
+    const auto valid = std::count_if(desktop.begin(), desktop.end(), [](double v) {
+        EXPECT_TRUE(std::isnan(v) || v >= 1.0) << v;
+        return !std::isnan(v);
+    });
+    EXPECT_GT(valid, 0);
+    EXPECT_GT(*std::max_element(desktop.begin(), desktop.end()), 1.0);
+
+    // Every look at the map after Yes finds the grid's layer on it.
+    int looks = 0;
+    for (const std::string& line : outcome.lines) {
+        const QJsonObject event = QJsonDocument::fromJson(QByteArray::fromStdString(line)).object();
+        if (event.value("name").toString() != QStringLiteral("map")) continue;
+        ++looks;
+        EXPECT_EQ(event.value("layers").toArray(), QJsonArray{"rugged"}) << line;
+    }
+    EXPECT_GT(looks, 0) << "the script looks at the map";
+}
+
 // A script that names what does not exist stops at that line, with one line
 // saying which, after what ran before it was written out.
 TEST(ReplayFormat, StopsAtTheFirstLineItCannotRun) {
