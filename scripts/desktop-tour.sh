@@ -49,7 +49,7 @@ dbus-run-session -- bash -euo pipefail -c '
     fi
     kill %openbox "$xvfb" 2>/dev/null || true
     exit "$status"
-' tour "$out" "$desktop" "$sample" "${legs[@]}" || status=$?
+' tour "$out" "$desktop" "$sample" "${legs[@]}" 2> >(grep -v '^dbus-daemon' >&2) || status=$?
 
 shots=("$out"/shots/*.png)
 if [ -e "${shots[0]}" ]; then
