@@ -39,7 +39,16 @@ dbus-run-session -- bash -euo pipefail -c '
     desktop=$!
     # Qt joins the accessibility bus when that bus comes up after it started:
     # the tour wakes the bus only once the window is there.
-    timeout 60 xdotool search --sync --onlyvisible --name "^Halvane$" >/dev/null
+    for _ in $(seq 600); do
+        xdotool search --onlyvisible --name "^Halvane$" >/dev/null 2>&1 && break
+        kill -0 "$desktop" 2>/dev/null || { echo "desktop-tour: the desktop ended at start" >&2; exit 1; }
+        sleep 0.2
+    done
+    if ! xdotool search --onlyvisible --name "^Halvane$" >/dev/null 2>&1; then
+        echo "desktop-tour: no desktop window after 120 s" >&2
+        import -window root "$1/screen.png" || true
+        exit 1
+    fi
     status=0
     /usr/bin/python3 tests/tour/tour.py "$3" "$1/work" "$1/shots" "${@:4}" || status=$?
     if [ "$status" -eq 0 ]; then
