@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <exception>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
@@ -12,6 +13,7 @@
 
 #include "apps/WorkFolder.h"
 #include "engine/RasterAccess.h"
+#include "platform/raster/Team.h"
 #include "platform/reporting/ErrorHandling.h"
 #include "platform/reporting/modProgDialog.h"
 #include "platform/runtime/Convert.h"
@@ -110,12 +112,34 @@ const char* SignalName(int signal) {
 
 }  // namespace
 
+namespace {
+
+// Where the processes of a team other than the first report: nowhere, as the
+// first speaks for the run and learns of their failures.
+std::ostream& Silent() {
+    static std::ostream silent(nullptr);
+    return silent;
+}
+
+// The process that speaks for the run: the only one alone, the first of a team.
+bool LeadsRun() { return !raster::InTeam() || raster::CurrentTeam()->Rank() == 0; }
+
+// In a team, whether every process got this far well; alone, `well`.
+bool AllWell(bool well) {
+    if (!raster::InTeam()) return well;
+    const auto all = raster::CurrentTeam()->AllGather(well ? "" : "failed");
+    return std::ranges::all_of(all, [](const std::string& s) { return s.empty(); });
+}
+
+}  // namespace
+
 int RunReported(const Arguments& arguments, const RunPlan& plan,
                 const std::function<bool(CommandRun&)>& body) {
-    std::ostream& out = RunConsole() ? *RunConsole() : std::cerr;
+    const bool lead = LeadsRun();
+    std::ostream& out = !lead ? Silent() : RunConsole() ? *RunConsole() : std::cerr;
     const reporting::CommandLineStyle style{plan.command, arguments.Has("--trace"),
-                                            arguments.Has("--quiet"),
-                                            !RunConsole() && isatty(STDERR_FILENO) != 0};
+                                            arguments.Has("--quiet") || !lead,
+                                            lead && !RunConsole() && isatty(STDERR_FILENO) != 0};
     StopSignals signals;
     std::optional<WorkFolderRun> folder;
     reporting::StageBars bars(out, style, static_cast<int>(plan.stages.size()));
@@ -134,9 +158,20 @@ int RunReported(const Arguments& arguments, const RunPlan& plan,
     std::ostringstream results;
     std::streambuf* const standardOut = std::cout.rdbuf(results.rdbuf());
     try {
-        if (!plan.workFolder.empty()) folder.emplace(plan.workFolder);
-        succeeded =
-            Guarded({"halvane", plan.command.c_str(), kTopLevel}, [&] { return body(run); });
+        // The first process of a team keeps the working folder for all: the
+        // others' temporaries are in it, and a failure rolls back theirs too.
+        std::exception_ptr unready;
+        try {
+            if (lead && !plan.workFolder.empty()) folder.emplace(plan.workFolder);
+        } catch (...) {
+            unready = std::current_exception();
+        }
+        const bool ready = AllWell(!unready);
+        if (unready) std::rethrow_exception(unready);
+        if (ready) {
+            succeeded =
+                Guarded({"halvane", plan.command.c_str(), kTopLevel}, [&] { return body(run); });
+        }
         reporting::ThrowIfStopped();
         if (succeeded) {
             bars.End();
@@ -158,6 +193,11 @@ int RunReported(const Arguments& arguments, const RunPlan& plan,
     CloseProgress();
     ErrorHandling::ReleaseErrorWindow();
     bars.Stop();
+    const bool everyoneSucceeded = AllWell(succeeded);
+    if (succeeded && !everyoneSucceeded) {
+        out << "halvane " << plan.command << ": another process of the run failed\n";
+        succeeded = false;
+    }
     if (folder) {
         if (succeeded) {
             folder->Keep();
@@ -166,7 +206,7 @@ int RunReported(const Arguments& arguments, const RunPlan& plan,
                 << ": not everything the run wrote could be removed\n";
         }
     }
-    if (succeeded) std::cout << results.str() << std::flush;
+    if (succeeded && lead) std::cout << results.str() << std::flush;
     if (stoppedBy != 0) {
         out << "halvane " << plan.command << ": stopped by " << SignalName(stoppedBy)
             << (folder ? "; the working folder is as it was" : "") << "\n";

@@ -13,6 +13,8 @@
 #include <mutex>
 #include <unordered_map>
 
+#include "platform/raster/Team.h"
+
 namespace halvane::raster {
 
 runtime::Failure EngineFailure(std::string description) {
@@ -407,6 +409,34 @@ public:
 
 }  // namespace
 
+namespace {
+
+std::int64_t TileSize(std::size_t deepest) {
+    return Settings().tileSize > 0 ? Settings().tileSize : (deepest > kDeepGraph ? 128 : 512);
+}
+
+}  // namespace
+
+std::int64_t TileSizeFor(const std::vector<NodePtr>& roots) {
+    std::size_t deepest = 0;
+    for (const NodePtr& root : roots) deepest = std::max(deepest, ParentCounts(root).size() + 1);
+    return TileSize(deepest);
+}
+
+std::pair<std::int64_t, std::int64_t> SharedRows(std::int64_t rows, std::int64_t tileSize) {
+    if (!InTeam()) return {0, rows};
+    // Whole tile rows, so that every tile is the one a lone process computes.
+    const std::int64_t tileRows = (rows + tileSize - 1) / tileSize;
+    const auto [first, end] = ShareOf(tileRows, CurrentTeam()->Rank(), CurrentTeam()->Size());
+    return {std::min<std::int64_t>(first * tileSize, rows),
+            std::min<std::int64_t>(end * tileSize, rows)};
+}
+
+Team*& CurrentTeam() {
+    static Team* team = nullptr;
+    return team;
+}
+
 void EvaluateTiles(const std::vector<NodePtr>& roots,
                    const std::function<void(std::size_t, const Window&, const double*)>& sink) {
     if (roots.empty()) return;
@@ -425,10 +455,10 @@ void EvaluateTiles(const std::vector<NodePtr>& roots,
     }
     const Grid& grid = group->grid;
     const NodePtr groupRoot = group;
-    const std::int64_t size =
-        Settings().tileSize > 0 ? Settings().tileSize : (deepest > kDeepGraph ? 128 : 512);
+    const std::int64_t size = TileSize(deepest);
+    const auto [firstRow, endRow] = SharedRows(grid.rows, size);
     std::vector<Window> tiles;
-    for (std::int64_t row = 0; row < grid.rows; row += size) {
+    for (std::int64_t row = firstRow; row < endRow; row += size) {
         for (std::int64_t col = 0; col < grid.cols; col += size) {
             tiles.push_back(
                 {col, row, std::min(size, grid.cols - col), std::min(size, grid.rows - row)});

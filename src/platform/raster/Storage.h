@@ -166,11 +166,18 @@ public:
 private:
     struct PendingWrite;
     void CheckCopy(const std::string& name, const RasterWorkspace& target) const;
-    void StartCopy(PendingWrite& writing, const RasterWorkspace& target);
+    void StartCopy(PendingWrite& writing);
     void WriteTile(PendingWrite& writing, const Window& tile, const double* values);
     GridSummary FinishWrite(PendingWrite& writing);
+    // The band of rows from firstRow on that another member of a team wrote
+    // to path, into the file being written.
+    static void CopyBand(const std::string& path, std::int64_t firstRow, PendingWrite& writing);
+    // Statistics, table and provenance into the file, which is then closed.
+    void Complete(PendingWrite& writing, const GridSummary& summary);
     static RasterDatasetPtr Store(PendingWrite& writing, GridSummary summary,
                                   const RasterWorkspace& target);
+    static RasterDatasetPtr StoreHere(PendingWrite& writing, GridSummary summary,
+                                      const RasterWorkspace& target);
     const GridSummary& Summary();
 
     NodePtr node_;
