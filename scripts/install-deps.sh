@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that building, testing and running Halvane need,
-# and only those that are missing, so a second run costs a second.
+# and only those that are missing, so a second run costs a second. Packages
+# named as arguments (optional dependencies, e.g. Open MPI) are added to them.
 set -euo pipefail
 
 packages=(
@@ -9,6 +10,7 @@ packages=(
     libgtest-dev libgmock-dev libbenchmark-dev
     python3-gdal
     xvfb xauth fonts-dejavu-core
+    "$@"
 )
 
 missing=()

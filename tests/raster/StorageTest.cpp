@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
@@ -214,6 +215,48 @@ TEST(StatisticsTest, ExactMeanDeviationAndTableKeptWithTheGrid) {
     EXPECT_FALSE(wider->HasTable());
     EXPECT_EQ(wider->Statistics().validCells, 90000);
     EXPECT_FALSE(op.Execute("[z] / 2")->Item(0)->HasTable());
+}
+
+// The tiles' partial statistics of a floating grid are combined in tile order:
+// combined in the order threads finish them, the last bits of the mean would
+// change from run to run, and runs by several processes could never match.
+TEST(StatisticsTest, FloatingStatisticsAreTheSameBitsWhateverTheThreads) {
+    testing::TempDir dir;
+    const Grid grid{0, 3000, 10, 10, 173, 151};
+    std::vector<double> values = testing::Surface(grid, false);
+    for (std::size_t i = 0; i < values.size(); i += 7) values[i] = kNoData;
+    testing::WriteGrid(dir / "z.tif", grid, values);
+    RasterWorkspacePtr workspace = RasterWorkspaceFactory().OpenFromFile(dir.Path(), 0);
+    RasterMapAlgebraOp op;
+    op.BindRaster(workspace->OpenRasterDataset("z")->CreateDefaultRaster(), "z");
+
+    const EvalSettings saved = Settings();
+    Settings().tileSize = 9;  // hundreds of parts to combine
+    Settings().threads = 1;
+    const RasterStatistics alone = op.Execute("[z] / 3 + 1000")->Item(0)->Statistics();
+    Settings().threads = 2;
+    for (int run = 0; run < 8; ++run) {
+        const RasterStatistics threaded = op.Execute("[z] / 3 + 1000")->Item(0)->Statistics();
+        EXPECT_EQ(std::bit_cast<std::uint64_t>(threaded.Mean),
+                  std::bit_cast<std::uint64_t>(alone.Mean));
+        EXPECT_EQ(std::bit_cast<std::uint64_t>(threaded.StandardDeviation),
+                  std::bit_cast<std::uint64_t>(alone.StandardDeviation));
+    }
+    Settings() = saved;
+    // And they are the statistics: two passes over the 32-bit values the
+    // grid holds, computed from the 32-bit values the input holds.
+    std::vector<double> cells;
+    for (double v : values) {
+        if (!std::isnan(v)) cells.push_back(static_cast<float>(static_cast<float>(v) / 3 + 1000));
+    }
+    const auto n = static_cast<double>(cells.size());
+    double sum = 0;
+    for (double v : cells) sum += v;
+    const double mean = sum / n;
+    double squares = 0;
+    for (double v : cells) squares += (v - mean) * (v - mean);
+    EXPECT_NEAR(alone.Mean, mean, 1e-9);
+    EXPECT_NEAR(alone.StandardDeviation, std::sqrt(squares / n), 1e-9);
 }
 
 // Grids computed from a depth grid "d" of the test's own, bound as [d], and
