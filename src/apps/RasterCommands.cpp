@@ -114,21 +114,18 @@ const char* SignalName(int signal) {
 
 namespace {
 
-// Where the processes of a team other than the first report: nowhere, as the
-// first speaks for the run and learns of their failures.
-std::ostream& Silent() {
-    static std::ostream silent(nullptr);
-    return silent;
-}
-
 // The process that speaks for the run: the only one alone, the first of a team.
 bool LeadsRun() { return !raster::InTeam() || raster::CurrentTeam()->Rank() == 0; }
 
-// In a team, whether every process got this far well; alone, `well`.
-bool AllWell(bool well) {
-    if (!raster::InTeam()) return well;
-    const auto all = raster::CurrentTeam()->AllGather(well ? "" : "failed");
-    return std::ranges::all_of(all, [](const std::string& s) { return s.empty(); });
+// In a team, whether every process is ready to run; alone, `ready`.
+bool AllReady(bool ready) {
+    if (!raster::InTeam()) return ready;
+    try {
+        const auto all = raster::Exchange(ready ? "" : "not ready");
+        return std::ranges::all_of(all, [](const std::string& s) { return s.empty(); });
+    } catch (const runtime::Failure&) {
+        return false;
+    }
 }
 
 }  // namespace
@@ -136,7 +133,11 @@ bool AllWell(bool well) {
 int RunReported(const Arguments& arguments, const RunPlan& plan,
                 const std::function<bool(CommandRun&)>& body) {
     const bool lead = LeadsRun();
-    std::ostream& out = !lead ? Silent() : RunConsole() ? *RunConsole() : std::cerr;
+    raster::LeftBehind() = false;
+    // The first process of a team speaks for the run; what the others would
+    // tell goes to it at the end.
+    std::ostringstream told;
+    std::ostream& out = !lead ? told : RunConsole() ? *RunConsole() : std::cerr;
     const reporting::CommandLineStyle style{plan.command, arguments.Has("--trace"),
                                             arguments.Has("--quiet") || !lead,
                                             lead && !RunConsole() && isatty(STDERR_FILENO) != 0};
@@ -166,7 +167,7 @@ int RunReported(const Arguments& arguments, const RunPlan& plan,
         } catch (...) {
             unready = std::current_exception();
         }
-        const bool ready = AllWell(!unready);
+        const bool ready = AllReady(!unready);
         if (unready) std::rethrow_exception(unready);
         if (ready) {
             succeeded =
@@ -193,10 +194,27 @@ int RunReported(const Arguments& arguments, const RunPlan& plan,
     CloseProgress();
     ErrorHandling::ReleaseErrorWindow();
     bars.Stop();
-    const bool everyoneSucceeded = AllWell(succeeded);
-    if (succeeded && !everyoneSucceeded) {
-        out << "halvane " << plan.command << ": another process of the run failed\n";
-        succeeded = false;
+    if (raster::InTeam()) {
+        // Every process ends here, whatever it met; the first tells what the
+        // others met that it could not know of. A process that failed reports
+        // what it would have told, after "!", or "~" when its failure only
+        // echoes another's.
+        const std::string mark = raster::LeftBehind() ? "~" : "!";
+        const auto reports = raster::EndTogether(succeeded ? "" : mark + told.str());
+        auto failed = std::ranges::find_if(reports.begin() + 1, reports.end(),
+                                           [](const std::string& r) { return r[0] == '!'; });
+        if (failed == reports.end()) {
+            failed = std::ranges::find_if(reports.begin() + 1, reports.end(),
+                                          [](const std::string& r) { return !r.empty(); });
+        }
+        if (lead && failed != reports.end() && (succeeded || raster::LeftBehind())) {
+            if (failed->size() > 1) {
+                out << failed->substr(1);
+            } else {
+                out << "halvane " << plan.command << ": another process of the run failed\n";
+            }
+            succeeded = false;
+        }
     }
     if (folder) {
         if (succeeded) {

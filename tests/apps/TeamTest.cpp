@@ -205,6 +205,27 @@ TEST_F(TeamTest, ClassifyStoresTheSameWithOneTwoAndFourProcesses) {
     }
 }
 
+TEST_F(TeamTest, AFailureOfOneProcessAloneFailsTheRunWithItsMessage) {
+    // One command line per process: the second alone is given a grid that is
+    // not there, and fails before the others' first exchange, which must not
+    // leave them waiting.
+    const fs::path folder = *dir_ / "one-fails";
+    fs::create_directories(folder / "work");
+    const std::string program = HALVANE_PROGRAM;
+    const std::string command = std::string("cd '") + folder.string() + "' && " +
+                                HALVANE_MPIRUN + " --oversubscribe -np 1 " + program +
+                                " slope --workdir work --name S ../dem.tif : -np 1 " + program +
+                                " slope --workdir work --name S ../missing.tif : -np 1 " +
+                                program + " slope --workdir work --name S ../dem.tif" +
+                                " > out.txt 2> err.txt";
+    EXPECT_NE(std::system(command.c_str()), 0);
+    const std::string err = ReadText(folder / "err.txt");
+    EXPECT_NE(err.find("halvane slope: ../missing.tif: no such file or folder"), std::string::npos)
+        << err;
+    EXPECT_EQ(ReadText(folder / "out.txt"), "");
+    EXPECT_TRUE(Names(folder / "work").empty());
+}
+
 // The ranks that mpirun started for `launcher`, by rank.
 std::map<int, pid_t> Ranks(pid_t launcher) {
     std::map<int, pid_t> ranks;

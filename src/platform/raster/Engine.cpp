@@ -437,6 +437,41 @@ Team*& CurrentTeam() {
     return team;
 }
 
+namespace {
+
+// The first byte of every exchange: the sender is working, or has ended.
+constexpr char kWorking = 'w';
+constexpr char kEnded = 'e';
+
+}  // namespace
+
+std::vector<std::string> Exchange(const std::string& bytes) {
+    std::vector<std::string> all = CurrentTeam()->AllGather(kWorking + bytes);
+    for (const std::string& part : all) {
+        if (part.empty() || part.front() != kWorking) {
+            LeftBehind() = true;
+            throw EngineFailure("Another process of the run has failed");
+        }
+    }
+    for (std::string& part : all) part.erase(0, 1);
+    return all;
+}
+
+bool& LeftBehind() {
+    static bool leftBehind = false;
+    return leftBehind;
+}
+
+std::vector<std::string> EndTogether(const std::string& report) {
+    for (;;) {
+        std::vector<std::string> all = CurrentTeam()->AllGather(kEnded + report);
+        if (std::ranges::all_of(all, [](const std::string& p) { return p.front() == kEnded; })) {
+            for (std::string& part : all) part.erase(0, 1);
+            return all;
+        }
+    }
+}
+
 void EvaluateTiles(const std::vector<NodePtr>& roots,
                    const std::function<void(std::size_t, const Window&, const double*)>& sink) {
     if (roots.empty()) return;

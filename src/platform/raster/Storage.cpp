@@ -353,7 +353,14 @@ void Agree(const std::exception_ptr& failure) {
         }
         if (mine.empty()) mine = "A process of the team failed";
     }
-    const std::vector<std::string> all = CurrentTeam()->AllGather(mine);
+    std::vector<std::string> all;
+    try {
+        all = Exchange(mine);
+    } catch (...) {
+        // A member that left the run fails the others; this one's own failure comes first.
+        if (failure) std::rethrow_exception(failure);
+        throw;
+    }
     if (failure) std::rethrow_exception(failure);
     for (const std::string& other : all) {
         if (!other.empty()) throw EngineFailure(other);
@@ -381,7 +388,7 @@ GridSummary Summarize(const NodePtr& node, bool asStored) {
         });
     });
     // In a team every member learns the statistics of the whole grid.
-    if (InTeam()) builder.AbsorbAll(CurrentTeam()->AllGather(builder.Pack()));
+    if (InTeam()) builder.AbsorbAll(Exchange(builder.Pack()));
     return builder.Finish();
 }
 
@@ -897,8 +904,8 @@ GridSummary RasterDataset::FinishWrite(PendingWrite& writing) {
     });
     // Every member learns the statistics of the whole grid, combined alike,
     // and where the other bands lie.
-    writing.builder.AbsorbAll(team.AllGather(writing.builder.Pack()));
-    const std::vector<std::string> bands = team.AllGather(
+    writing.builder.AbsorbAll(Exchange(writing.builder.Pack()));
+    const std::vector<std::string> bands = Exchange(
         std::to_string(writing.firstRow) + "\n" + writing.file.path.string());
     GridSummary summary = writing.builder.Finish();
     if (summary.table && description_.nameClasses) description_.nameClasses(*summary.table);

@@ -21,6 +21,22 @@ public:
     virtual std::vector<std::string> AllGather(const std::string& bytes) = 0;
 };
 
+// An exchange of the run's work: every member's bytes in rank order. A member
+// that has left the run (EndTogether) makes it fail on every member still in
+// it, so that a failure of one member alone, before an exchange the others
+// wait in, does not leave them waiting: they fail too and end with it.
+std::vector<std::string> Exchange(const std::string& bytes);
+
+// The end of a run on this member, which hands over `report` (what it would
+// tell of a failure; empty when it succeeded). Waits until every member has
+// ended, taking part in the exchanges of those still working, and returns the
+// reports of all of them in rank order.
+std::vector<std::string> EndTogether(const std::string& report);
+
+// True once an exchange of this process found that another member had left
+// the run: this member's failure is then only the echo of that one's.
+bool& LeftBehind();
+
 // The team this process computes in; null when it computes alone.
 Team*& CurrentTeam();
 
