@@ -3,12 +3,15 @@
 #include <cstdlib>
 #include <memory>
 
+#include "platform/raster/Engine.h"
 #include "platform/raster/Team.h"
 
 #ifdef HALVANE_WITH_MPI
 #include <mpi.h>
 
+#include <algorithm>
 #include <limits>
+#include <thread>
 #include <stdexcept>
 #endif
 
@@ -90,6 +93,17 @@ ProcessTeam::ProcessTeam([[maybe_unused]] int& argc, [[maybe_unused]] char**& ar
     MPI_Init_thread(&argc, &argv, MPI_THREAD_FUNNELED, &provided);
     Current() = std::make_unique<MpiTeam>();
     raster::CurrentTeam() = Current().get();
+    // The processes on one node share its cores: each takes its share of
+    // threads, unless the user said how many.
+    if (!std::getenv("OMP_NUM_THREADS")) {
+        MPI_Comm node;
+        MPI_Comm_split_type(MPI_COMM_WORLD, MPI_COMM_TYPE_SHARED, 0, MPI_INFO_NULL, &node);
+        int neighbours = 1;
+        MPI_Comm_size(node, &neighbours);
+        MPI_Comm_free(&node);
+        const int cores = static_cast<int>(std::thread::hardware_concurrency());
+        raster::Settings().threads = std::max(1, cores / std::max(1, neighbours));
+    }
 #endif
 }
 
