@@ -11,8 +11,8 @@
 
 #include <algorithm>
 #include <limits>
-#include <thread>
 #include <stdexcept>
+#include <thread>
 #endif
 
 namespace halvane::apps {
@@ -32,8 +32,8 @@ public:
     std::vector<std::string> AllGather(const std::string& bytes) override {
         const long long mine = static_cast<long long>(bytes.size());
         std::vector<long long> sizes(static_cast<std::size_t>(size_));
-        Check(MPI_Allgather(&mine, 1, MPI_LONG_LONG, sizes.data(), 1, MPI_LONG_LONG,
-                            MPI_COMM_WORLD));
+        Check(
+            MPI_Allgather(&mine, 1, MPI_LONG_LONG, sizes.data(), 1, MPI_LONG_LONG, MPI_COMM_WORLD));
         std::vector<int> counts(sizes.size()), offsets(sizes.size());
         long long total = 0;
         for (std::size_t k = 0; k < sizes.size(); ++k) {
@@ -48,8 +48,7 @@ public:
         }
         std::string all(static_cast<std::size_t>(total), '\0');
         Check(MPI_Allgatherv(bytes.data(), counts[static_cast<std::size_t>(rank_)], MPI_BYTE,
-                             all.data(), counts.data(), offsets.data(), MPI_BYTE,
-                             MPI_COMM_WORLD));
+                             all.data(), counts.data(), offsets.data(), MPI_BYTE, MPI_COMM_WORLD));
         std::vector<std::string> parts;
         for (std::size_t k = 0; k < sizes.size(); ++k) {
             parts.push_back(all.substr(static_cast<std::size_t>(offsets[k]),

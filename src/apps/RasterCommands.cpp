@@ -4,8 +4,8 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <exception>
 #include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <iostream>
 #include <optional>

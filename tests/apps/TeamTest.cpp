@@ -48,8 +48,8 @@ std::string ReadText(const fs::path& path) {
 int RunHalvane(const fs::path& folder, int processes, const std::string& args) {
     std::string command = "cd '" + folder.string() + "' && ";
     if (processes > 0) {
-        command += std::string(HALVANE_MPIRUN) + " --oversubscribe -np " +
-                   std::to_string(processes) + " ";
+        command +=
+            std::string(HALVANE_MPIRUN) + " --oversubscribe -np " + std::to_string(processes) + " ";
     }
     command += std::string(HALVANE_PROGRAM) + " " + args + " > out.txt 2> err.txt";
     return std::system(command.c_str());
@@ -103,8 +103,8 @@ Stored Load(const fs::path& path) {
     }
     stored.description = text.str();
     stored.cells.resize(static_cast<std::size_t>(cols) * rows);
-    if (GDALRasterIO(band, GF_Read, 0, 0, cols, rows, stored.cells.data(), cols, rows,
-                     GDT_Float64, 0, 0) != CE_None) {
+    if (GDALRasterIO(band, GF_Read, 0, 0, cols, rows, stored.cells.data(), cols, rows, GDT_Float64,
+                     0, 0) != CE_None) {
         stored.description += "\ncannot read the cells";
     }
     GDALClose(dataset);
@@ -212,12 +212,11 @@ TEST_F(TeamTest, AFailureOfOneProcessAloneFailsTheRunWithItsMessage) {
     const fs::path folder = *dir_ / "one-fails";
     fs::create_directories(folder / "work");
     const std::string program = HALVANE_PROGRAM;
-    const std::string command = std::string("cd '") + folder.string() + "' && " +
-                                HALVANE_MPIRUN + " --oversubscribe -np 1 " + program +
-                                " slope --workdir work --name S ../dem.tif : -np 1 " + program +
-                                " slope --workdir work --name S ../missing.tif : -np 1 " +
-                                program + " slope --workdir work --name S ../dem.tif" +
-                                " > out.txt 2> err.txt";
+    const std::string command =
+        std::string("cd '") + folder.string() + "' && " + HALVANE_MPIRUN +
+        " --oversubscribe -np 1 " + program + " slope --workdir work --name S ../dem.tif : -np 1 " +
+        program + " slope --workdir work --name S ../missing.tif : -np 1 " + program +
+        " slope --workdir work --name S ../dem.tif" + " > out.txt 2> err.txt";
     EXPECT_NE(std::system(command.c_str()), 0);
     const std::string err = ReadText(folder / "err.txt");
     EXPECT_NE(err.find("halvane slope: ../missing.tif: no such file or folder"), std::string::npos)

@@ -837,9 +837,9 @@ void RasterDataset::StartCopy(PendingWrite& writing) {
         "BIGTIFF=IF_SAFER", "NUM_THREADS=ALL_CPUS", nullptr};
     GDALDriverH driver = GDALGetDriverByName("GTiff");
     CPLErrorReset();
-    writing.file.dataset = GDALCreate(driver, writing.file.path.c_str(),
-                                      static_cast<int>(grid.cols), static_cast<int>(rows), 1,
-                                      writing.cellType.type, const_cast<char**>(options));
+    writing.file.dataset =
+        GDALCreate(driver, writing.file.path.c_str(), static_cast<int>(grid.cols),
+                   static_cast<int>(rows), 1, writing.cellType.type, const_cast<char**>(options));
     if (!writing.file.dataset) {
         writing.file.path.clear();
         throw EngineFailure("Cannot create '" + writing.final.string() + "'" + LastGdalError());
@@ -905,8 +905,8 @@ GridSummary RasterDataset::FinishWrite(PendingWrite& writing) {
     // Every member learns the statistics of the whole grid, combined alike,
     // and where the other bands lie.
     writing.builder.AbsorbAll(Exchange(writing.builder.Pack()));
-    const std::vector<std::string> bands = Exchange(
-        std::to_string(writing.firstRow) + "\n" + writing.file.path.string());
+    const std::vector<std::string> bands =
+        Exchange(std::to_string(writing.firstRow) + "\n" + writing.file.path.string());
     GridSummary summary = writing.builder.Finish();
     if (summary.table && description_.nameClasses) description_.nameClasses(*summary.table);
     // The first member assembles the bands into the grid's temporary file.
