@@ -225,6 +225,21 @@ TEST_F(TeamTest, AFailureOfOneProcessAloneFailsTheRunWithItsMessage) {
     EXPECT_TRUE(Names(folder / "work").empty());
 }
 
+TEST_F(TeamTest, CommandsThatMakeNoGridRefuseToRunAsSeveralProcesses) {
+    const fs::path folder = *dir_ / "refused";
+    fs::create_directories(folder);
+    for (const std::string command : {"info ../dem.tif", "demo --workdir work"}) {
+        const int status = RunHalvane(folder, 2, command);
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) != 0) << command;
+        const std::string err = ReadText(folder / "err.txt");
+        const std::size_t said = err.find("not under mpirun");
+        EXPECT_NE(said, std::string::npos) << command << ": " << err;
+        EXPECT_EQ(err.find("not under mpirun", said + 1), std::string::npos) << "said twice";
+        EXPECT_EQ(ReadText(folder / "out.txt"), "") << command;
+    }
+    EXPECT_FALSE(fs::exists(folder / "work"));
+}
+
 // The ranks that mpirun started for `launcher`, by rank.
 std::map<int, pid_t> Ranks(pid_t launcher) {
     std::map<int, pid_t> ranks;
