@@ -5,7 +5,6 @@ environment how to behave."""
 import os
 import sys
 import tempfile
-import threading
 import time
 import unittest
 
@@ -22,7 +21,8 @@ name = args[args.index("--name") + 1]
 mode = os.environ.get("STAND_IN_MODE", "ok")
 if mode == "ignore-term":
     signal.signal(signal.SIGTERM, signal.SIG_IGN)
-with open(os.path.join(workdir, "pid"), "w") as f:
+# Beside the output folder, so that the test finds it after a cancel.
+with open(os.environ["STAND_IN_PID"], "w") as f:
     f.write(str(os.getpid()))
 sys.stderr.write("1/2 Computing: 0")
 sys.stderr.flush()
@@ -95,11 +95,13 @@ class Run(unittest.TestCase):
         self.out = os.path.join(self.dir.name, "out")
         os.makedirs(self.out)
         self.destination = os.path.join(self.out, "zones.tif")
-        self.pid_seen = None
+        self.pid_file = os.path.join(self.dir.name, "pid")
 
     def run_stand_in(self, mode, feedback, **kw):
         os.environ["STAND_IN_MODE"] = mode
         self.addCleanup(os.environ.pop, "STAND_IN_MODE", None)
+        os.environ["STAND_IN_PID"] = self.pid_file
+        self.addCleanup(os.environ.pop, "STAND_IN_PID", None)
         return runner.run(self.program, "classify", ["--name", "ZONES", "in.tif"],
                           {"ZONES": self.destination}, feedback, **kw)
 
@@ -133,26 +135,13 @@ class Run(unittest.TestCase):
     def cancel_while_hanging(self, mode):
         # The stand-in writes a partial grid, then hangs: cancel at its 10 %.
         feedback = Feedback(cancel_at=5)
-        pids = []
-
-        def watch():
-            while not pids:
-                for entry in os.listdir(self.out):
-                    pid_file = os.path.join(self.out, entry, "pid")
-                    if os.path.exists(pid_file) and os.path.getsize(pid_file):
-                        with open(pid_file) as f:
-                            pids.append(int(f.read()))
-                time.sleep(0.01)
-
-        watcher = threading.Thread(target=watch, daemon=True)
-        watcher.start()
         started = time.monotonic()
         with self.assertRaises(runner.Canceled):
             self.run_stand_in(mode, feedback)
         took = time.monotonic() - started
-        watcher.join(1)
-        self.assertTrue(pids, "the stand-in never ran")
-        self.assertFalse(alive(pids[0]), "the program outlived the cancel")
+        self.assertTrue(os.path.exists(self.pid_file), "the stand-in never ran")
+        with open(self.pid_file) as f:
+            self.assertFalse(alive(int(f.read())), "the program outlived the cancel")
         self.assertEqual(os.listdir(self.out), [])
         return took
 

@@ -10,12 +10,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <map>
 #include <string>
-#include <thread>
 
 #include "apps/WorkFolder.h"
 #include "support/GridFiles.h"
@@ -57,10 +55,13 @@ public:
     }
     ~Classify() { ::close(err_); }
 
-    // Reads stderr until `text` stands in it; false when the run ended first.
-    bool WaitFor(const std::string& text) {
+    // Reads stderr until `text` stands in it after `after`; false when the
+    // run ended first.
+    bool WaitFor(const std::string& after, const std::string& text) {
         char buffer[256];
-        while (seen_.find(text) == std::string::npos) {
+        for (;;) {
+            const std::size_t from = seen_.find(after);
+            if (from != std::string::npos && seen_.find(text, from) != std::string::npos) break;
             const ssize_t n = ::read(err_, buffer, sizeof buffer);
             if (n <= 0) return false;
             seen_.append(buffer, static_cast<std::size_t>(n));
@@ -94,18 +95,21 @@ TEST(KillTest, StoppedRunsLeaveTheFolderAsItWasAndTheNextRunSucceeds) {
     fs::copy_file(input, work + "/SLOPE.tif");
     const auto before = Contents(work);
 
-    using namespace std::chrono_literals;
+    // Moments by the run's own progress rather than by the clock, which a
+    // faster engine or a quieter machine would outrun: as the first stage
+    // begins, halfway through the standardization, and a third into the stage
+    // that writes slope, the class grids and zones.
     const struct {
-        const char* stage;  // stopped once this stands in its log
-        std::chrono::milliseconds later;
-    } moments[] = {{"1/4 ", 0ms}, {"3/4 ", 200ms}, {"4/4 ", 1500ms}};
+        const char* stage;  // stopped once `progress` stands after this in its log
+        const char* progress;
+    } moments[] = {{"1/4 ", ": 0"}, {"3/4 ", "...50"}, {"4/4 ", "...30"}};
     for (const int signal : {SIGINT, SIGTERM, SIGKILL}) {
         for (const auto& moment : moments) {
             Classify run(work, input);
-            ASSERT_TRUE(run.WaitFor(moment.stage)) << run.Seen();
-            std::this_thread::sleep_for(moment.later);
+            ASSERT_TRUE(run.WaitFor(moment.stage, moment.progress)) << run.Seen();
             const int status = run.Stop(signal);
-            const std::string at = std::string(strsignal(signal)) + " at " + moment.stage;
+            const std::string at =
+                std::string(strsignal(signal)) + " at " + moment.stage + moment.progress;
             if (signal == SIGKILL) {
                 EXPECT_TRUE(WIFSIGNALED(status)) << at;
                 // What the next run in the folder does first.

@@ -128,14 +128,13 @@ std::vector<double> RingMean(const Grid& g, const std::vector<double>& v, double
         for (std::int64_t c = 0; c < g.cols; ++c) {
             double sum = 0;
             int n = 0;
-            for (std::int64_t dy = -reach; dy <= reach; ++dy) {
-                for (std::int64_t dx = -reach; dx <= reach; ++dx) {
+            for (std::int64_t rr = std::max<std::int64_t>(0, r - reach);
+                 rr < std::min(g.rows, r + reach + 1); ++rr) {
+                for (std::int64_t cc = std::max<std::int64_t>(0, c - reach);
+                     cc < std::min(g.cols, c + reach + 1); ++cc) {
+                    const std::int64_t dy = rr - r, dx = cc - c;
                     const double d = std::sqrt(static_cast<double>(dx * dx + dy * dy));
-                    const std::int64_t rr = r + dy, cc = c + dx;
-                    if (d <= inner || d > outer || rr < 0 || cc < 0 || rr >= g.rows ||
-                        cc >= g.cols || std::isnan(v[rr * g.cols + cc])) {
-                        continue;
-                    }
+                    if (d <= inner || d > outer || std::isnan(v[rr * g.cols + cc])) continue;
                     sum += v[rr * g.cols + cc];
                     ++n;
                 }
@@ -160,7 +159,9 @@ TEST(FocalMeanTest, RingMatchesDefinitionForWholeAndFractionalRadii) {
     RasterMapAlgebraOp op;
     op.BindRaster(testing::OpenRaster(dir / "z.tif"), "z");
     for (auto [inner, outer] :
-         {std::pair{1.0, 5.0}, {0.0, 1.0}, {1.5, 2.5}, {2.0, 3.2}, {0.5, 7.0}, {3.0, 5.0}}) {
+         {std::pair{1.0, 5.0}, {0.0, 1.0}, {1.5, 2.5}, {2.0, 3.2}, {0.5, 7.0}, {3.0, 5.0},
+          // Rings wider than the grid: one reaching past it, one beyond it altogether.
+          {15.0, 9000.0}, {8000.0, 9000.0}}) {
         const std::string expression =
             "Focalmean([z], annulus, " + std::to_string(inner) + ", " + std::to_string(outer) + ")";
         ExpectCells(testing::ReadAll(op.Execute(expression)), RingMean(grid, values, inner, outer),

@@ -157,10 +157,14 @@ public:
     }
 
     void Compute(const Window& window, EvalContext& context, double* out) const override {
-        const std::int64_t width = window.cols + 2 * reach_;
-        const std::int64_t height = window.rows + 2 * reach_;
+        // Nothing lies farther from a cell than the grid is wide or high, so a
+        // ring wider than the grid reads no halo beyond that: a radius in the
+        // thousands over a small grid would otherwise want gigabytes per tile.
+        const std::int64_t reach = std::min(reach_, std::max(grid.cols, grid.rows));
+        const std::int64_t width = window.cols + 2 * reach;
+        const std::int64_t height = window.rows + 2 * reach;
         Block source =
-            context.Get(children[0], {window.col0 - reach_, window.row0 - reach_, width, height});
+            context.Get(children[0], {window.col0 - reach, window.row0 - reach, width, height});
         // Away from gaps and edges every ring is whole: its count is known
         // and only the sums need running.
         const bool whole =
@@ -191,10 +195,13 @@ public:
         for (std::int64_t r = 0; r < window.rows; ++r) {
             std::fill_n(total, cols, 0.0);
             std::fill_n(valid, cols, whole ? ringCells_ : 0);
-            for (std::int64_t dy = -reach_; dy <= reach_; ++dy) {
-                const auto [outer, inner] = spans_[dy + reach_];
+            for (std::int64_t dy = -reach; dy <= reach; ++dy) {
+                // Past the halo every prefix is flat (no valid cells), so
+                // clamping a span to it leaves every sum and count as it was.
+                const std::int64_t outer = std::min(spans_[dy + reach_].first, reach);
+                const std::int64_t inner = std::min(spans_[dy + reach_].second, reach);
                 if (outer < 0) continue;
-                const std::int64_t offset = (r + reach_ + dy) * (width + 1) + reach_;
+                const std::int64_t offset = (r + reach + dy) * (width + 1) + reach;
                 const double* s = sums + offset;
                 for (std::int64_t c = 0; c < window.cols; ++c) {
                     total[c] += s[c + outer + 1] - s[c - outer];

@@ -1045,7 +1045,9 @@ std::vector<RasterDatasetPtr> RasterDataset::CopyAll(
             } catch (const runtime::Failure&) {
                 return oneByOne();
             }
-            if (std::ranges::any_of(names, [&](const auto& n) { return EqualsNoCase(n, name); }))
+            // A copy: clang 14 does not let a lambda capture a structured binding.
+            const std::string& grid = name;
+            if (std::ranges::any_of(names, [&](const auto& n) { return EqualsNoCase(n, grid); }))
                 return oneByOne();
             names.push_back(name);
         }
