@@ -194,7 +194,10 @@ TEST_F(TeamTest, EachStageUnderThreeProcessesStoresWhatOneStores) {
                        // An integer grid of many values: its table is counted
                        // in parts across the processes.
                        "calc --quiet --workdir work --name C --bind d=../dem.tif "
-                       "'con([d] < -50, int([d] / 3), 7)'"},
+                       "'con([d] < -50, int([d] / 3), 7)'",
+                       // The assembled grid rewritten with overviews.
+                       "calc --quiet --workdir work --name G --layout cog --bind d=../dem.tif "
+                       "'[d] * 2'"},
                       3);
 }
 

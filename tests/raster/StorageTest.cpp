@@ -13,7 +13,9 @@
 #include <map>
 #include <set>
 
+#include "platform/raster/Engine.h"
 #include "platform/raster/MapAlgebra.h"
+#include "platform/raster/Team.h"
 #include "support/GridFiles.h"
 
 namespace halvane::raster {
@@ -593,6 +595,51 @@ TEST(EvaluatorTest, SampledReadsPickTheCellUnderEachSampleCentre) {
     }
     EXPECT_THROW(stored->ReadSampled({-1, 0, 10, 10}, 5, 5), runtime::Failure);
     EXPECT_THROW(stored->ReadSampled({0, 0, 10, 10}, 11, 5), runtime::Failure);
+}
+
+// A member of a team exchanging nothing: only its place in the team matters.
+class Member : public Team {
+public:
+    Member(int rank, int size) : rank_(rank), size_(size) {}
+    int Rank() const override { return rank_; }
+    int Size() const override { return size_; }
+    std::vector<std::string> AllGather(const std::string&) override { return {}; }
+
+private:
+    int rank_, size_;
+};
+
+// The first process assembles a team's grid by copying compressed 256-row
+// blocks, and each band must hold only the tiles a lone run computes: every
+// band starts on a tile edge and a block edge, and the bands, in rank order,
+// hold every row once.
+TEST(TeamBandsTest, BandsAreWholeTilesAndBlocksAndCoverEveryRowOnce) {
+    for (const std::int64_t tileSize : {128, 512, 9}) {
+        for (const std::int64_t rows : {1, 255, 1300, 2049}) {
+            for (int size = 2; size <= 5; ++size) {
+                std::int64_t next = 0;
+                for (int rank = 0; rank < size; ++rank) {
+                    Member member(rank, size);
+                    CurrentTeam() = &member;
+                    const auto [first, end] = SharedRows(rows, tileSize);
+                    CurrentTeam() = nullptr;
+                    const std::string where = std::to_string(rows) + " rows, tiles of " +
+                                              std::to_string(tileSize) + ", rank " +
+                                              std::to_string(rank) + " of " + std::to_string(size);
+                    EXPECT_EQ(first, next) << where;
+                    EXPECT_LE(first, end) << where;
+                    if (first < end) {
+                        EXPECT_EQ(first % tileSize, 0) << where;
+                        EXPECT_EQ(first % 256, 0) << where;
+                    }
+                    next = end;
+                }
+                EXPECT_EQ(next, rows) << rows << " rows, tiles of " << tileSize << ", " << size;
+            }
+        }
+    }
+    // Alone, a process computes every row.
+    EXPECT_EQ(SharedRows(1300, 128), (std::pair<std::int64_t, std::int64_t>{0, 1300}));
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <limits>
 #include <map>
 #include <mutex>
+#include <numeric>
 #include <unordered_map>
 
 #include "platform/raster/Team.h"
@@ -425,11 +426,12 @@ std::int64_t TileSizeFor(const std::vector<NodePtr>& roots) {
 
 std::pair<std::int64_t, std::int64_t> SharedRows(std::int64_t rows, std::int64_t tileSize) {
     if (!InTeam()) return {0, rows};
-    // Whole tile rows, so that every tile is the one a lone process computes.
-    const std::int64_t tileRows = (rows + tileSize - 1) / tileSize;
-    const auto [first, end] = ShareOf(tileRows, CurrentTeam()->Rank(), CurrentTeam()->Size());
-    return {std::min<std::int64_t>(first * tileSize, rows),
-            std::min<std::int64_t>(end * tileSize, rows)};
+    // Whole tile rows, so that every tile is the one a lone process computes,
+    // and whole file blocks (Team.h).
+    const std::int64_t unit = std::lcm(tileSize, std::int64_t{kFileBlockRows});
+    const std::int64_t units = (rows + unit - 1) / unit;
+    const auto [first, end] = ShareOf(units, CurrentTeam()->Rank(), CurrentTeam()->Size());
+    return {std::min<std::int64_t>(first * unit, rows), std::min<std::int64_t>(end * unit, rows)};
 }
 
 Team*& CurrentTeam() {

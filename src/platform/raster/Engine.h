@@ -162,7 +162,8 @@ EvalSettings& Settings();
 std::int64_t TileSizeFor(const std::vector<NodePtr>& roots);
 
 // The rows [first, end) of a grid of `rows` rows that this process computes:
-// all of them alone, its band of whole tile rows in a team (Team.h).
+// all of them alone, in a team its band of whole tile rows that starts on a
+// stored file's block edge (Team.h).
 std::pair<std::int64_t, std::int64_t> SharedRows(std::int64_t rows, std::int64_t tileSize);
 
 // Evaluates root over its whole grid (in a team: over this process's rows),

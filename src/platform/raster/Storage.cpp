@@ -6,17 +6,20 @@
 #include <gdal.h>
 #include <gdal_rat.h>
 #include <ogr_srs_api.h>
+#include <tiffio.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cmath>
+#include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
 #include <filesystem>
 #include <limits>
 #include <unordered_map>
+#include <utility>
 
 #include "platform/raster/Meter.h"
 #include "platform/raster/Operators.h"
@@ -801,6 +804,8 @@ struct RasterDataset::PendingWrite {
     // The rows the file holds: all of them, or in a team this process's band.
     std::int64_t firstRow = 0;
     std::int64_t endRow = 0;
+    // The file is a team's grid, whose blocks are copied from the bands.
+    bool assembled = false;
 
     PendingWrite(RasterDataset& dataset, std::string gridName, const RasterWorkspace& target)
         : source(&dataset),
@@ -831,10 +836,18 @@ void RasterDataset::StartCopy(PendingWrite& writing) {
     // writes as fast as no compression at all; byte differencing shrinks floating
     // grids by a sixth for free but makes the small integer grids bigger and slower.
     // DEFLATE, LZW and LERC were 40-90% slower for no gain in size.
-    const char* options[] = {
-        "TILED=YES",        "BLOCKXSIZE=256",       "BLOCKYSIZE=256",
-        "COMPRESS=ZSTD",    "ZSTD_LEVEL=1",         integer ? "PREDICTOR=1" : "PREDICTOR=2",
-        "BIGTIFF=IF_SAFER", "NUM_THREADS=ALL_CPUS", nullptr};
+    // The assembled file of a team gets its blocks from the bands' files
+    // afterwards: GDAL must not fill them in when it closes it.
+    const char* options[] = {"TILED=YES",
+                             "BLOCKXSIZE=256",
+                             "BLOCKYSIZE=256",
+                             "COMPRESS=ZSTD",
+                             "ZSTD_LEVEL=1",
+                             integer ? "PREDICTOR=1" : "PREDICTOR=2",
+                             "BIGTIFF=IF_SAFER",
+                             "NUM_THREADS=ALL_CPUS",
+                             writing.assembled ? "SPARSE_OK=TRUE" : nullptr,
+                             nullptr};
     GDALDriverH driver = GDALGetDriverByName("GTiff");
     CPLErrorReset();
     writing.file.dataset =
@@ -916,47 +929,116 @@ GridSummary RasterDataset::FinishWrite(PendingWrite& writing) {
         std::swap(own.path, writing.file.path);
         writing.firstRow = 0;
         writing.endRow = node_->grid.rows;
+        writing.assembled = true;
         StartCopy(writing);
+        Describe(writing, summary);
         for (const std::string& band : bands) {
             const std::size_t split = band.find('\n');
             const std::string path = band.substr(split + 1);
-            if (!path.empty()) CopyBand(path, std::stoll(band.substr(0, split)), writing);
+            if (!path.empty()) CopyBlocks(path, std::stoll(band.substr(0, split)), writing);
         }
-        Complete(writing, summary);
+        Lay(writing);
     });
     return summary;
 }
 
-void RasterDataset::CopyBand(const std::string& path, std::int64_t firstRow,
-                             PendingWrite& writing) {
-    GDALDatasetH in = GDALOpen(path.c_str(), GA_ReadOnly);
-    if (!in) throw EngineFailure("Cannot read '" + path + "'" + LastGdalError());
-    GDALRasterBandH band = GDALGetRasterBand(in, 1);
-    const int cols = GDALGetRasterXSize(in);
-    const int rows = GDALGetRasterYSize(in);
-    // Strips of the file's own tiles, of bounded size whatever the width.
-    constexpr int kStripRows = 256, kStripCols = 8192;
-    std::vector<double> cells(static_cast<std::size_t>(kStripRows) * kStripCols);
-    CPLErr result = CE_None;
-    for (int row = 0; row < rows && result == CE_None; row += kStripRows) {
-        const int height = std::min(kStripRows, rows - row);
-        for (int col = 0; col < cols && result == CE_None; col += kStripCols) {
-            const int width = std::min(kStripCols, cols - col);
-            result = GDALRasterIO(band, GF_Read, col, row, width, height, cells.data(), width,
-                                  height, GDT_Float64, 0, 0);
-            if (result != CE_None) break;
-            result = GDALRasterIO(writing.band, GF_Write, col, static_cast<int>(firstRow) + row,
-                                  width, height, cells.data(), width, height, GDT_Float64, 0, 0);
+namespace {
+
+// libtiff's complaints about one file, kept for the failure that ends its use;
+// its warnings (the GeoTIFF and GDAL tags it does not know) are no concern.
+struct TiffFile {
+    TIFF* tiff = nullptr;
+    std::string error;
+
+    TiffFile(const std::string& path, const char* mode) {
+        TIFFOpenOptions* options = TIFFOpenOptionsAlloc();
+        TIFFOpenOptionsSetErrorHandlerExtR(options, &TiffFile::Error, this);
+        TIFFOpenOptionsSetWarningHandlerExtR(options, &TiffFile::Warning, this);
+        tiff = TIFFOpenExt(path.c_str(), mode, options);
+        TIFFOpenOptionsFree(options);
+    }
+    TiffFile(const TiffFile&) = delete;
+    TiffFile& operator=(const TiffFile&) = delete;
+    ~TiffFile() {
+        if (tiff) TIFFClose(tiff);
+    }
+    // Closing writes the directory: its failure is the file's failure.
+    bool Close() {
+        TIFFClose(std::exchange(tiff, nullptr));
+        return error.empty();
+    }
+    std::string Why() const { return error.empty() ? std::string() : ": " + error; }
+
+    static int Error(TIFF*, void* self, const char*, const char* format, va_list args) {
+        auto& file = *static_cast<TiffFile*>(self);
+        if (file.error.empty()) {
+            char text[512];
+            std::vsnprintf(text, sizeof text, format, args);
+            file.error = text;
+        }
+        return 1;
+    }
+    static int Warning(TIFF*, void*, const char*, const char*, va_list) { return 1; }
+};
+
+// What must agree for a compressed block of one file to be a block of another.
+std::vector<std::uint64_t> BlockLayout(TIFF* tiff) {
+    std::uint32_t width = 0, height = 0, blockWidth = 0, blockHeight = 0;
+    std::uint16_t compression = 0, predictor = 1, bits = 0, format = 1;
+    TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &width);
+    TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &height);
+    TIFFGetField(tiff, TIFFTAG_TILEWIDTH, &blockWidth);
+    TIFFGetField(tiff, TIFFTAG_TILELENGTH, &blockHeight);
+    TIFFGetField(tiff, TIFFTAG_COMPRESSION, &compression);
+    TIFFGetField(tiff, TIFFTAG_PREDICTOR, &predictor);
+    TIFFGetField(tiff, TIFFTAG_BITSPERSAMPLE, &bits);
+    TIFFGetField(tiff, TIFFTAG_SAMPLEFORMAT, &format);
+    return {width,     blockWidth, blockHeight, compression,
+            predictor, bits,       format,      static_cast<std::uint64_t>(TIFFIsTiled(tiff))};
+}
+
+}  // namespace
+
+void RasterDataset::CopyBlocks(const std::string& path, std::int64_t firstRow,
+                               const PendingWrite& writing) {
+    const std::string failure = "Cannot write '" + writing.final.string() + "'";
+    TiffFile in(path, "r");
+    if (!in.tiff) throw EngineFailure("Cannot read '" + path + "'" + in.Why());
+    TiffFile out(writing.file.path.string(), "r+");
+    if (!out.tiff) throw EngineFailure(failure + out.Why());
+    const std::vector<std::uint64_t> layout = BlockLayout(out.tiff);
+    if (BlockLayout(in.tiff) != layout || firstRow % static_cast<std::int64_t>(layout[2]) != 0) {
+        throw EngineFailure(failure + ": the band in '" + path + "' is not laid out as the grid");
+    }
+    // Blocks run along rows, and a band has the grid's width: the band's
+    // blocks are a run of the grid's, from its first row's.
+    const auto first = static_cast<std::uint32_t>(firstRow / static_cast<std::int64_t>(layout[2]) *
+                                                  ((layout[0] + layout[1] - 1) / layout[1]));
+    std::uint64_t* sizes = nullptr;
+    if (!TIFFGetField(in.tiff, TIFFTAG_TILEBYTECOUNTS, &sizes)) {
+        throw EngineFailure("Cannot read '" + path + "'" + in.Why());
+    }
+    std::vector<unsigned char> bytes;
+    const std::uint32_t blocks = TIFFNumberOfTiles(in.tiff);
+    for (std::uint32_t block = 0; block < blocks; ++block) {
+        const auto size = static_cast<tmsize_t>(sizes[block]);
+        bytes.resize(static_cast<std::size_t>(size));
+        if (TIFFReadRawTile(in.tiff, block, bytes.data(), size) != size) {
+            throw EngineFailure("Cannot read '" + path + "'" + in.Why());
+        }
+        if (TIFFWriteRawTile(out.tiff, first + block, bytes.data(), size) != size) {
+            throw EngineFailure(failure + out.Why());
         }
     }
-    const std::string failure = LastGdalError();
-    GDALClose(in);
-    if (result != CE_None) {
-        throw EngineFailure("Cannot write '" + writing.final.string() + "'" + failure);
-    }
+    if (!out.Close()) throw EngineFailure(failure + out.Why());
 }
 
 void RasterDataset::Complete(PendingWrite& writing, const GridSummary& summary) {
+    Describe(writing, summary);
+    Lay(writing);
+}
+
+void RasterDataset::Describe(PendingWrite& writing, const GridSummary& summary) {
     WriteSummary(writing.file.dataset, summary, node_->grid.Cells(), writing.cellType.type);
     WriteProvenance(writing.file.dataset, description_);
     CPLErrorReset();
@@ -966,6 +1048,9 @@ void RasterDataset::Complete(PendingWrite& writing, const GridSummary& summary) 
     if (CPLGetLastErrorType() >= CE_Failure) {
         throw EngineFailure("Cannot write '" + writing.final.string() + "'" + LastGdalError());
     }
+}
+
+void RasterDataset::Lay(PendingWrite& writing) {
     if (raster::Writing().cloudOptimized) {
         const fs::path plain = writing.file.path;
         PartialFile cloudOptimized;

@@ -169,11 +169,16 @@ private:
     void StartCopy(PendingWrite& writing);
     void WriteTile(PendingWrite& writing, const Window& tile, const double* values);
     GridSummary FinishWrite(PendingWrite& writing);
-    // The band of rows from firstRow on that another member of a team wrote
-    // to path, into the file being written.
-    static void CopyBand(const std::string& path, std::int64_t firstRow, PendingWrite& writing);
-    // Statistics, table and provenance into the file, which is then closed.
+    // The band of rows from firstRow on that a member of a team wrote to
+    // path, into the closed file being written, block by compressed block.
+    static void CopyBlocks(const std::string& path, std::int64_t firstRow,
+                           const PendingWrite& writing);
+    // Describe, then Lay.
     void Complete(PendingWrite& writing, const GridSummary& summary);
+    // Statistics, table and provenance into the file, which is then closed.
+    void Describe(PendingWrite& writing, const GridSummary& summary);
+    // The closed file in the layout asked for (cloud-optimized or plain).
+    void Lay(PendingWrite& writing);
     static RasterDatasetPtr Store(PendingWrite& writing, GridSummary summary,
                                   const RasterWorkspace& target);
     static RasterDatasetPtr StoreHere(PendingWrite& writing, GridSummary summary,

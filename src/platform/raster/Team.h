@@ -43,10 +43,15 @@ Team*& CurrentTeam();
 // True when this process is one of several.
 inline bool InTeam() { return CurrentTeam() && CurrentTeam()->Size() > 1; }
 
-// The first and end rank of the band of tile rows that member `rank` of
-// `size` computes, out of `tileRows`.
-inline std::pair<long long, long long> ShareOf(long long tileRows, int rank, int size) {
-    return {tileRows * rank / size, tileRows * (rank + 1) / size};
+// Every band starts on an edge of the stored files' blocks (their height is
+// this), so that the first process assembles a grid by copying each band's
+// compressed blocks as they are, with no decompressing and compressing again.
+constexpr long long kFileBlockRows = 256;
+
+// The first and end rank of the band of units (rows of tiles and blocks)
+// that member `rank` of `size` computes, out of `units`.
+inline std::pair<long long, long long> ShareOf(long long units, int rank, int size) {
+    return {units * rank / size, units * (rank + 1) / size};
 }
 
 }  // namespace halvane::raster
