@@ -932,11 +932,14 @@ GridSummary RasterDataset::FinishWrite(PendingWrite& writing) {
         writing.assembled = true;
         StartCopy(writing);
         Describe(writing, summary);
+        std::vector<std::pair<std::int64_t, std::string>> parts;
         for (const std::string& band : bands) {
             const std::size_t split = band.find('\n');
-            const std::string path = band.substr(split + 1);
-            if (!path.empty()) CopyBlocks(path, std::stoll(band.substr(0, split)), writing);
+            std::string path = band.substr(split + 1);
+            if (!path.empty())
+                parts.emplace_back(std::stoll(band.substr(0, split)), std::move(path));
         }
+        CopyBlocks(parts, writing);
         Lay(writing);
     });
     return summary;
@@ -983,10 +986,9 @@ struct TiffFile {
 
 // What must agree for a compressed block of one file to be a block of another.
 std::vector<std::uint64_t> BlockLayout(TIFF* tiff) {
-    std::uint32_t width = 0, height = 0, blockWidth = 0, blockHeight = 0;
+    std::uint32_t width = 0, blockWidth = 0, blockHeight = 0;
     std::uint16_t compression = 0, predictor = 1, bits = 0, format = 1;
     TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &width);
-    TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &height);
     TIFFGetField(tiff, TIFFTAG_TILEWIDTH, &blockWidth);
     TIFFGetField(tiff, TIFFTAG_TILELENGTH, &blockHeight);
     TIFFGetField(tiff, TIFFTAG_COMPRESSION, &compression);
@@ -999,35 +1001,41 @@ std::vector<std::uint64_t> BlockLayout(TIFF* tiff) {
 
 }  // namespace
 
-void RasterDataset::CopyBlocks(const std::string& path, std::int64_t firstRow,
+void RasterDataset::CopyBlocks(const std::vector<std::pair<std::int64_t, std::string>>& bands,
                                const PendingWrite& writing) {
     const std::string failure = "Cannot write '" + writing.final.string() + "'";
-    TiffFile in(path, "r");
-    if (!in.tiff) throw EngineFailure("Cannot read '" + path + "'" + in.Why());
+    // Opened once: every closing writes the whole directory again at the end
+    // of the file, and a grid of 10^10 cells has a million blocks.
     TiffFile out(writing.file.path.string(), "r+");
     if (!out.tiff) throw EngineFailure(failure + out.Why());
     const std::vector<std::uint64_t> layout = BlockLayout(out.tiff);
-    if (BlockLayout(in.tiff) != layout || firstRow % static_cast<std::int64_t>(layout[2]) != 0) {
-        throw EngineFailure(failure + ": the band in '" + path + "' is not laid out as the grid");
-    }
-    // Blocks run along rows, and a band has the grid's width: the band's
-    // blocks are a run of the grid's, from its first row's.
-    const auto first = static_cast<std::uint32_t>(firstRow / static_cast<std::int64_t>(layout[2]) *
-                                                  ((layout[0] + layout[1] - 1) / layout[1]));
-    std::uint64_t* sizes = nullptr;
-    if (!TIFFGetField(in.tiff, TIFFTAG_TILEBYTECOUNTS, &sizes)) {
-        throw EngineFailure("Cannot read '" + path + "'" + in.Why());
-    }
+    const auto blockRows = static_cast<std::int64_t>(layout[2]);
+    const auto blocksAcross = static_cast<std::int64_t>((layout[0] + layout[1] - 1) / layout[1]);
     std::vector<unsigned char> bytes;
-    const std::uint32_t blocks = TIFFNumberOfTiles(in.tiff);
-    for (std::uint32_t block = 0; block < blocks; ++block) {
-        const auto size = static_cast<tmsize_t>(sizes[block]);
-        bytes.resize(static_cast<std::size_t>(size));
-        if (TIFFReadRawTile(in.tiff, block, bytes.data(), size) != size) {
+    for (const auto& [firstRow, path] : bands) {
+        TiffFile in(path, "r");
+        if (!in.tiff) throw EngineFailure("Cannot read '" + path + "'" + in.Why());
+        if (BlockLayout(in.tiff) != layout || firstRow % blockRows != 0) {
+            throw EngineFailure(failure + ": the band in '" + path +
+                                "' is not laid out as the grid");
+        }
+        std::uint64_t* sizes = nullptr;
+        if (!TIFFGetField(in.tiff, TIFFTAG_TILEBYTECOUNTS, &sizes)) {
             throw EngineFailure("Cannot read '" + path + "'" + in.Why());
         }
-        if (TIFFWriteRawTile(out.tiff, first + block, bytes.data(), size) != size) {
-            throw EngineFailure(failure + out.Why());
+        // Blocks run along rows, and a band has the grid's width: the band's
+        // blocks are a run of the grid's, from its first row's.
+        const auto first = static_cast<std::uint32_t>(firstRow / blockRows * blocksAcross);
+        const std::uint32_t blocks = TIFFNumberOfTiles(in.tiff);
+        for (std::uint32_t block = 0; block < blocks; ++block) {
+            const auto size = static_cast<tmsize_t>(sizes[block]);
+            bytes.resize(static_cast<std::size_t>(size));
+            if (TIFFReadRawTile(in.tiff, block, bytes.data(), size) != size) {
+                throw EngineFailure("Cannot read '" + path + "'" + in.Why());
+            }
+            if (TIFFWriteRawTile(out.tiff, first + block, bytes.data(), size) != size) {
+                throw EngineFailure(failure + out.Why());
+            }
         }
     }
     if (!out.Close()) throw EngineFailure(failure + out.Why());

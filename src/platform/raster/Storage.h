@@ -169,9 +169,9 @@ private:
     void StartCopy(PendingWrite& writing);
     void WriteTile(PendingWrite& writing, const Window& tile, const double* values);
     GridSummary FinishWrite(PendingWrite& writing);
-    // The band of rows from firstRow on that a member of a team wrote to
-    // path, into the closed file being written, block by compressed block.
-    static void CopyBlocks(const std::string& path, std::int64_t firstRow,
+    // The bands (first row, path) that the members of a team wrote, into the
+    // closed file being written, block by compressed block.
+    static void CopyBlocks(const std::vector<std::pair<std::int64_t, std::string>>& bands,
                            const PendingWrite& writing);
     // Describe, then Lay.
     void Complete(PendingWrite& writing, const GridSummary& summary);
