@@ -167,6 +167,9 @@ public:
         std::size_t at = 0;
         const auto take = [&](void* data, std::size_t size) {
             if (at + size > bytes.size()) throw EngineFailure("Statistics of a band are cut short");
+            // A member without a band has no parts, and an empty vector's
+            // data may be null, which memcpy must not be given.
+            if (size == 0) return;
             std::memcpy(data, bytes.data() + at, size);
             at += size;
         };
