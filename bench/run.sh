@@ -54,6 +54,8 @@ install_missing() {
     command -v grass >/dev/null || need+=(grass-core)
     command -v saga_cmd >/dev/null || need+=(saga)
     [ -x /usr/bin/time ] || need+=(time)
+    # The scale-out rows: halvane is built with MPI when its files are there.
+    command -v mpirun >/dev/null || need+=(openmpi-bin libopenmpi-dev)
     [ ${#need[@]} -eq 0 ] && return
     local sudo=""
     [ "$(id -u)" -ne 0 ] && sudo=sudo
@@ -382,6 +384,42 @@ if wanted chain; then
     rm -rf "$chainRuns"
     mkdir -p "$chainRuns"
     pair chain "chain: classify + rugosity / DEFLATE copy" 3.0 gdal_translate && chainSecs=$lastOurs
+fi
+
+# Scale-out (docs/scale-out.md): the same chain under mpirun with 1, 2 and 4
+# processes against the chain run alone. One machine's processes share its cores
+# (4 oversubscribe two), and each process's threads already use them all, so the
+# rows tell what the split costs (bands, exchanges, the first process assembling
+# every grid), not a speed-up; the per-cell cost and I/O rate they give are
+# what the estimate for a cluster in docs/scale-out.md starts from.
+scaleout_chain() { # PROCESSES OUTDIR
+    # Open MPI refuses root unless told; the bench may run in a container as root.
+    OMPI_ALLOW_RUN_AS_ROOT=1 OMPI_ALLOW_RUN_AS_ROOT_CONFIRM=1 \
+        mpirun --oversubscribe -np "$1" "$HALVANE" classify --broad 1,5 --fine 1,3 \
+        --workdir "$2" "$grid" >/dev/null &&
+        OMPI_ALLOW_RUN_AS_ROOT=1 OMPI_ALLOW_RUN_AS_ROOT_CONFIRM=1 \
+            mpirun --oversubscribe -np "$1" "$HALVANE" rugosity --workdir "$2" --name rugosity \
+            "$grid" >/dev/null
+}
+scaleout1_ours() { scaleout_chain 1 "$1"; }
+scaleout2_ours() { scaleout_chain 2 "$1"; }
+scaleout4_ours() { scaleout_chain 4 "$1"; }
+scaleout_alone() {
+    "$HALVANE" classify --broad 1,5 --fine 1,3 --workdir "$1" "$grid" >/dev/null &&
+        "$HALVANE" rugosity --workdir "$1" --name rugosity "$grid" >/dev/null
+}
+scaleout1_peer() { scaleout_alone "$1"; }
+scaleout2_peer() { scaleout_alone "$1"; }
+scaleout4_peer() { scaleout_alone "$1"; }
+export -f scaleout_chain scaleout_alone scaleout1_ours scaleout2_ours scaleout4_ours \
+    scaleout1_peer scaleout2_peer scaleout4_peer
+if wanted scaleout && has mpirun; then
+    only="${only:+$only,scaleout1,scaleout2,scaleout4,}"
+    pair scaleout1 "scale-out: chain, mpirun -np 1 / alone" 1.1 mpirun
+    pair scaleout2 "scale-out: chain, mpirun -np 2 / alone" - mpirun
+    pair scaleout4 "scale-out: chain, mpirun -np 4 / alone" - mpirun
+elif wanted scaleout; then
+    echo "run.sh: mpirun missing: the scale-out rows are left out" >&2
 fi
 
 # Medians over the runs of each stage, in the order the chain runs them, with what

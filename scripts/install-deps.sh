@@ -6,7 +6,7 @@ set -euo pipefail
 
 packages=(
     g++ cmake ninja-build pkg-config
-    libgdal-dev libpugixml-dev qtbase5-dev
+    libgdal-dev libtiff-dev libpugixml-dev qtbase5-dev
     libgtest-dev libgmock-dev libbenchmark-dev
     python3-gdal
     xvfb xauth fonts-dejavu-core

@@ -18,7 +18,7 @@ fi
 apt=($sudo env DEBIAN_FRONTEND=noninteractive apt-get -o DPkg::Lock::Timeout=600 -y -qq)
 
 scripts/install-deps.sh
-cmake -S . -B build -G Ninja >/dev/null
+cmake -S . -B build -G Ninja -DHALVANE_MPI=OFF >/dev/null
 cmake --build build
 rm -f build/halvane_*.deb
 (cd build && cpack -G DEB >/dev/null)

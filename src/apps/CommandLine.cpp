@@ -13,6 +13,7 @@
 #include "apps/DemoCommands.h"
 #include "apps/RasterCommands.h"
 #include "platform/raster/Storage.h"
+#include "platform/raster/Team.h"
 #include "platform/runtime/Version.h"
 
 namespace halvane::apps {
@@ -337,6 +338,19 @@ int Main(int argc, char** argv) {
     if (command == Commands().end()) {
         std::cerr << "halvane: unknown command '" << args[0] << "'\n\n";
         PrintOverview(std::cerr);
+        return 2;
+    }
+    // The commands that make grids split their work over a team; the others
+    // would only do the same thing once per process (demo drawing one picture
+    // from all of them at once).
+    static const std::set<std::string> teamed = {"calc",     "slope",    "bpi",     "standardize",
+                                                 "resample", "rugosity", "classify"};
+    if (raster::InTeam() && !teamed.contains(command->name)) {
+        if (raster::CurrentTeam()->Rank() == 0) {
+            std::cerr << "halvane " << command->name
+                      << ": runs as one process, not under mpirun (only calc, bpi, standardize, "
+                         "slope, resample, rugosity and classify run as several)\n";
+        }
         return 2;
     }
     Command accepted = *command;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <iostream>
 #include <optional>
@@ -12,6 +13,7 @@
 
 #include "apps/WorkFolder.h"
 #include "engine/RasterAccess.h"
+#include "platform/raster/Team.h"
 #include "platform/reporting/ErrorHandling.h"
 #include "platform/reporting/modProgDialog.h"
 #include "platform/runtime/Convert.h"
@@ -110,12 +112,35 @@ const char* SignalName(int signal) {
 
 }  // namespace
 
+namespace {
+
+// The process that speaks for the run: the only one alone, the first of a team.
+bool LeadsRun() { return !raster::InTeam() || raster::CurrentTeam()->Rank() == 0; }
+
+// In a team, whether every process is ready to run; alone, `ready`.
+bool AllReady(bool ready) {
+    if (!raster::InTeam()) return ready;
+    try {
+        const auto all = raster::Exchange(ready ? "" : "not ready");
+        return std::ranges::all_of(all, [](const std::string& s) { return s.empty(); });
+    } catch (const runtime::Failure&) {
+        return false;
+    }
+}
+
+}  // namespace
+
 int RunReported(const Arguments& arguments, const RunPlan& plan,
                 const std::function<bool(CommandRun&)>& body) {
-    std::ostream& out = RunConsole() ? *RunConsole() : std::cerr;
+    const bool lead = LeadsRun();
+    raster::LeftBehind() = false;
+    // The first process of a team speaks for the run; what the others would
+    // tell goes to it at the end.
+    std::ostringstream told;
+    std::ostream& out = !lead ? told : RunConsole() ? *RunConsole() : std::cerr;
     const reporting::CommandLineStyle style{plan.command, arguments.Has("--trace"),
-                                            arguments.Has("--quiet"),
-                                            !RunConsole() && isatty(STDERR_FILENO) != 0};
+                                            arguments.Has("--quiet") || !lead,
+                                            lead && !RunConsole() && isatty(STDERR_FILENO) != 0};
     StopSignals signals;
     std::optional<WorkFolderRun> folder;
     reporting::StageBars bars(out, style, static_cast<int>(plan.stages.size()));
@@ -134,9 +159,20 @@ int RunReported(const Arguments& arguments, const RunPlan& plan,
     std::ostringstream results;
     std::streambuf* const standardOut = std::cout.rdbuf(results.rdbuf());
     try {
-        if (!plan.workFolder.empty()) folder.emplace(plan.workFolder);
-        succeeded =
-            Guarded({"halvane", plan.command.c_str(), kTopLevel}, [&] { return body(run); });
+        // The first process of a team keeps the working folder for all: the
+        // others' temporaries are in it, and a failure rolls back theirs too.
+        std::exception_ptr unready;
+        try {
+            if (lead && !plan.workFolder.empty()) folder.emplace(plan.workFolder);
+        } catch (...) {
+            unready = std::current_exception();
+        }
+        const bool ready = AllReady(!unready);
+        if (unready) std::rethrow_exception(unready);
+        if (ready) {
+            succeeded =
+                Guarded({"halvane", plan.command.c_str(), kTopLevel}, [&] { return body(run); });
+        }
         reporting::ThrowIfStopped();
         if (succeeded) {
             bars.End();
@@ -158,6 +194,28 @@ int RunReported(const Arguments& arguments, const RunPlan& plan,
     CloseProgress();
     ErrorHandling::ReleaseErrorWindow();
     bars.Stop();
+    if (raster::InTeam()) {
+        // Every process ends here, whatever it met; the first tells what the
+        // others met that it could not know of. A process that failed reports
+        // what it would have told, after "!", or "~" when its failure only
+        // echoes another's.
+        const std::string mark = raster::LeftBehind() ? "~" : "!";
+        const auto reports = raster::EndTogether(succeeded ? "" : mark + told.str());
+        auto failed = std::ranges::find_if(reports.begin() + 1, reports.end(),
+                                           [](const std::string& r) { return r[0] == '!'; });
+        if (failed == reports.end()) {
+            failed = std::ranges::find_if(reports.begin() + 1, reports.end(),
+                                          [](const std::string& r) { return !r.empty(); });
+        }
+        if (lead && failed != reports.end() && (succeeded || raster::LeftBehind())) {
+            if (failed->size() > 1) {
+                out << failed->substr(1);
+            } else {
+                out << "halvane " << plan.command << ": another process of the run failed\n";
+            }
+            succeeded = false;
+        }
+    }
     if (folder) {
         if (succeeded) {
             folder->Keep();
@@ -166,7 +224,7 @@ int RunReported(const Arguments& arguments, const RunPlan& plan,
                 << ": not everything the run wrote could be removed\n";
         }
     }
-    if (succeeded) std::cout << results.str() << std::flush;
+    if (succeeded && lead) std::cout << results.str() << std::flush;
     if (stoppedBy != 0) {
         out << "halvane " << plan.command << ": stopped by " << SignalName(stoppedBy)
             << (folder ? "; the working folder is as it was" : "") << "\n";

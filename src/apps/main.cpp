@@ -1,3 +1,7 @@
 #include "apps/CommandLine.h"
+#include "apps/ProcessTeam.h"
 
-int main(int argc, char** argv) { return halvane::apps::Main(argc, argv); }
+int main(int argc, char** argv) {
+    const halvane::apps::ProcessTeam team(argc, argv);
+    return halvane::apps::Main(argc, argv);
+}

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
@@ -12,7 +13,9 @@
 #include <map>
 #include <set>
 
+#include "platform/raster/Engine.h"
 #include "platform/raster/MapAlgebra.h"
+#include "platform/raster/Team.h"
 #include "support/GridFiles.h"
 
 namespace halvane::raster {
@@ -214,6 +217,48 @@ TEST(StatisticsTest, ExactMeanDeviationAndTableKeptWithTheGrid) {
     EXPECT_FALSE(wider->HasTable());
     EXPECT_EQ(wider->Statistics().validCells, 90000);
     EXPECT_FALSE(op.Execute("[z] / 2")->Item(0)->HasTable());
+}
+
+// The tiles' partial statistics of a floating grid are combined in tile order:
+// combined in the order threads finish them, the last bits of the mean would
+// change from run to run, and runs by several processes could never match.
+TEST(StatisticsTest, FloatingStatisticsAreTheSameBitsWhateverTheThreads) {
+    testing::TempDir dir;
+    const Grid grid{0, 3000, 10, 10, 173, 151};
+    std::vector<double> values = testing::Surface(grid, false);
+    for (std::size_t i = 0; i < values.size(); i += 7) values[i] = kNoData;
+    testing::WriteGrid(dir / "z.tif", grid, values);
+    RasterWorkspacePtr workspace = RasterWorkspaceFactory().OpenFromFile(dir.Path(), 0);
+    RasterMapAlgebraOp op;
+    op.BindRaster(workspace->OpenRasterDataset("z")->CreateDefaultRaster(), "z");
+
+    const EvalSettings saved = Settings();
+    Settings().tileSize = 9;  // hundreds of parts to combine
+    Settings().threads = 1;
+    const RasterStatistics alone = op.Execute("[z] / 3 + 1000")->Item(0)->Statistics();
+    Settings().threads = 2;
+    for (int run = 0; run < 8; ++run) {
+        const RasterStatistics threaded = op.Execute("[z] / 3 + 1000")->Item(0)->Statistics();
+        EXPECT_EQ(std::bit_cast<std::uint64_t>(threaded.Mean),
+                  std::bit_cast<std::uint64_t>(alone.Mean));
+        EXPECT_EQ(std::bit_cast<std::uint64_t>(threaded.StandardDeviation),
+                  std::bit_cast<std::uint64_t>(alone.StandardDeviation));
+    }
+    Settings() = saved;
+    // And they are the statistics: two passes over the 32-bit values the
+    // grid holds, computed from the 32-bit values the input holds.
+    std::vector<double> cells;
+    for (double v : values) {
+        if (!std::isnan(v)) cells.push_back(static_cast<float>(static_cast<float>(v) / 3 + 1000));
+    }
+    const auto n = static_cast<double>(cells.size());
+    double sum = 0;
+    for (double v : cells) sum += v;
+    const double mean = sum / n;
+    double squares = 0;
+    for (double v : cells) squares += (v - mean) * (v - mean);
+    EXPECT_NEAR(alone.Mean, mean, 1e-9);
+    EXPECT_NEAR(alone.StandardDeviation, std::sqrt(squares / n), 1e-9);
 }
 
 // Grids computed from a depth grid "d" of the test's own, bound as [d], and
@@ -550,6 +595,51 @@ TEST(EvaluatorTest, SampledReadsPickTheCellUnderEachSampleCentre) {
     }
     EXPECT_THROW(stored->ReadSampled({-1, 0, 10, 10}, 5, 5), runtime::Failure);
     EXPECT_THROW(stored->ReadSampled({0, 0, 10, 10}, 11, 5), runtime::Failure);
+}
+
+// A member of a team exchanging nothing: only its place in the team matters.
+class Member : public Team {
+public:
+    Member(int rank, int size) : rank_(rank), size_(size) {}
+    int Rank() const override { return rank_; }
+    int Size() const override { return size_; }
+    std::vector<std::string> AllGather(const std::string&) override { return {}; }
+
+private:
+    int rank_, size_;
+};
+
+// The first process assembles a team's grid by copying compressed 256-row
+// blocks, and each band must hold only the tiles a lone run computes: every
+// band starts on a tile edge and a block edge, and the bands, in rank order,
+// hold every row once.
+TEST(TeamBandsTest, BandsAreWholeTilesAndBlocksAndCoverEveryRowOnce) {
+    for (const std::int64_t tileSize : {128, 512, 9}) {
+        for (const std::int64_t rows : {1, 255, 1300, 2049}) {
+            for (int size = 2; size <= 5; ++size) {
+                std::int64_t next = 0;
+                for (int rank = 0; rank < size; ++rank) {
+                    Member member(rank, size);
+                    CurrentTeam() = &member;
+                    const auto [first, end] = SharedRows(rows, tileSize);
+                    CurrentTeam() = nullptr;
+                    const std::string where = std::to_string(rows) + " rows, tiles of " +
+                                              std::to_string(tileSize) + ", rank " +
+                                              std::to_string(rank) + " of " + std::to_string(size);
+                    EXPECT_EQ(first, next) << where;
+                    EXPECT_LE(first, end) << where;
+                    if (first < end) {
+                        EXPECT_EQ(first % tileSize, 0) << where;
+                        EXPECT_EQ(first % 256, 0) << where;
+                    }
+                    next = end;
+                }
+                EXPECT_EQ(next, rows) << rows << " rows, tiles of " << tileSize << ", " << size;
+            }
+        }
+    }
+    // Alone, a process computes every row.
+    EXPECT_EQ(SharedRows(1300, 128), (std::pair<std::int64_t, std::int64_t>{0, 1300}));
 }
 
 }  // namespace

@@ -11,7 +11,10 @@
 #include <limits>
 #include <map>
 #include <mutex>
+#include <numeric>
 #include <unordered_map>
+
+#include "platform/raster/Team.h"
 
 namespace halvane::raster {
 
@@ -407,6 +410,70 @@ public:
 
 }  // namespace
 
+namespace {
+
+std::int64_t TileSize(std::size_t deepest) {
+    return Settings().tileSize > 0 ? Settings().tileSize : (deepest > kDeepGraph ? 128 : 512);
+}
+
+}  // namespace
+
+std::int64_t TileSizeFor(const std::vector<NodePtr>& roots) {
+    std::size_t deepest = 0;
+    for (const NodePtr& root : roots) deepest = std::max(deepest, ParentCounts(root).size() + 1);
+    return TileSize(deepest);
+}
+
+std::pair<std::int64_t, std::int64_t> SharedRows(std::int64_t rows, std::int64_t tileSize) {
+    if (!InTeam()) return {0, rows};
+    // Whole tile rows, so that every tile is the one a lone process computes,
+    // and whole file blocks (Team.h).
+    const std::int64_t unit = std::lcm(tileSize, std::int64_t{kFileBlockRows});
+    const std::int64_t units = (rows + unit - 1) / unit;
+    const auto [first, end] = ShareOf(units, CurrentTeam()->Rank(), CurrentTeam()->Size());
+    return {std::min<std::int64_t>(first * unit, rows), std::min<std::int64_t>(end * unit, rows)};
+}
+
+Team*& CurrentTeam() {
+    static Team* team = nullptr;
+    return team;
+}
+
+namespace {
+
+// The first byte of every exchange: the sender is working, or has ended.
+constexpr char kWorking = 'w';
+constexpr char kEnded = 'e';
+
+}  // namespace
+
+std::vector<std::string> Exchange(const std::string& bytes) {
+    std::vector<std::string> all = CurrentTeam()->AllGather(kWorking + bytes);
+    for (const std::string& part : all) {
+        if (part.empty() || part.front() != kWorking) {
+            LeftBehind() = true;
+            throw EngineFailure("Another process of the run has failed");
+        }
+    }
+    for (std::string& part : all) part.erase(0, 1);
+    return all;
+}
+
+bool& LeftBehind() {
+    static bool leftBehind = false;
+    return leftBehind;
+}
+
+std::vector<std::string> EndTogether(const std::string& report) {
+    for (;;) {
+        std::vector<std::string> all = CurrentTeam()->AllGather(kEnded + report);
+        if (std::ranges::all_of(all, [](const std::string& p) { return p.front() == kEnded; })) {
+            for (std::string& part : all) part.erase(0, 1);
+            return all;
+        }
+    }
+}
+
 void EvaluateTiles(const std::vector<NodePtr>& roots,
                    const std::function<void(std::size_t, const Window&, const double*)>& sink) {
     if (roots.empty()) return;
@@ -425,10 +492,10 @@ void EvaluateTiles(const std::vector<NodePtr>& roots,
     }
     const Grid& grid = group->grid;
     const NodePtr groupRoot = group;
-    const std::int64_t size =
-        Settings().tileSize > 0 ? Settings().tileSize : (deepest > kDeepGraph ? 128 : 512);
+    const std::int64_t size = TileSize(deepest);
+    const auto [firstRow, endRow] = SharedRows(grid.rows, size);
     std::vector<Window> tiles;
-    for (std::int64_t row = 0; row < grid.rows; row += size) {
+    for (std::int64_t row = firstRow; row < endRow; row += size) {
         for (std::int64_t col = 0; col < grid.cols; col += size) {
             tiles.push_back(
                 {col, row, std::min(size, grid.cols - col), std::min(size, grid.rows - row)});

@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/runtime/Failure.h"
@@ -157,8 +158,17 @@ struct EvalSettings {
 };
 EvalSettings& Settings();
 
-// Evaluates root over its whole grid, tile by tile on all threads, and hands
-// each tile to sink (called concurrently from several threads).
+// The side of the square tiles that an evaluation of these roots uses.
+std::int64_t TileSizeFor(const std::vector<NodePtr>& roots);
+
+// The rows [first, end) of a grid of `rows` rows that this process computes:
+// all of them alone, in a team its band of whole tile rows that starts on a
+// stored file's block edge (Team.h).
+std::pair<std::int64_t, std::int64_t> SharedRows(std::int64_t rows, std::int64_t tileSize);
+
+// Evaluates root over its whole grid (in a team: over this process's rows),
+// tile by tile on all threads, and hands each tile to sink (called
+// concurrently from several threads).
 void EvaluateTiles(const NodePtr& root,
                    const std::function<void(const Window&, const double*)>& sink);
 

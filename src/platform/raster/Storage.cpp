@@ -6,20 +6,24 @@
 #include <gdal.h>
 #include <gdal_rat.h>
 #include <ogr_srs_api.h>
+#include <tiffio.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cmath>
+#include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
 #include <filesystem>
 #include <limits>
 #include <unordered_map>
+#include <utility>
 
 #include "platform/raster/Meter.h"
 #include "platform/raster/Operators.h"
+#include "platform/raster/Team.h"
 #include "platform/runtime/Version.h"
 
 namespace fs = std::filesystem;
@@ -85,12 +89,18 @@ const double* Stored(const double* values, std::int64_t cells, bool integer) {
 }
 
 // Accumulates statistics and distinct values over tiles from several threads.
+// The tiles' partial statistics are combined in the order of the tiles, not
+// of their completion, so the result is the same whatever the threads did,
+// and whatever processes computed the tiles (Pack, Absorb).
 class SummaryBuilder {
 public:
     explicit SummaryBuilder(bool integer) : integer_(integer), keepTable_(integer) {}
 
-    void Add(const double* values, std::int64_t cells) {
+    void Add(const Window& tile, const double* values) {
+        const std::int64_t cells = tile.Cells();
         Part part;
+        part.row0 = tile.row0;
+        part.col0 = tile.col0;
         std::unordered_map<std::int32_t, std::int64_t> counts;
         double low = std::numeric_limits<double>::infinity();
         double high = -low;
@@ -124,7 +134,7 @@ public:
         if (keepTable_.load(std::memory_order_relaxed))
             CountValues(values, cells, low, high, counts);
         std::lock_guard lock(lock_);
-        Merge(part);
+        parts_.push_back(part);
         if (!keepTable_) return;
         for (const auto& [value, count] : counts) table_[value] += count;
         if (table_.size() > kMaxTableValues) {
@@ -133,7 +143,70 @@ public:
         }
     }
 
-    GridSummary Finish() const {
+    // What this builder learnt, to be absorbed by a builder of another process.
+    std::string Pack() const {
+        std::string bytes;
+        const auto append = [&](const void* data, std::size_t size) {
+            bytes.append(static_cast<const char*>(data), size);
+        };
+        const std::uint64_t parts = parts_.size();
+        append(&parts, sizeof parts);
+        append(parts_.data(), parts_.size() * sizeof(Part));
+        const std::uint64_t values = keepTable_ ? table_.size() : ~std::uint64_t{0};
+        append(&values, sizeof values);
+        if (!keepTable_) return bytes;
+        for (const auto& entry : table_) {
+            append(&entry.first, sizeof entry.first);
+            append(&entry.second, sizeof entry.second);
+        }
+        return bytes;
+    }
+
+    // Adds what another builder packed, as though its tiles had been added here.
+    void Absorb(const std::string& bytes) {
+        std::size_t at = 0;
+        const auto take = [&](void* data, std::size_t size) {
+            if (at + size > bytes.size()) throw EngineFailure("Statistics of a band are cut short");
+            // A member without a band has no parts, and an empty vector's
+            // data may be null, which memcpy must not be given.
+            if (size == 0) return;
+            std::memcpy(data, bytes.data() + at, size);
+            at += size;
+        };
+        std::uint64_t parts = 0;
+        take(&parts, sizeof parts);
+        const std::size_t first = parts_.size();
+        parts_.resize(first + parts);
+        take(parts_.data() + first, parts * sizeof(Part));
+        std::uint64_t values = 0;
+        take(&values, sizeof values);
+        if (values == ~std::uint64_t{0}) keepTable_ = false;
+        for (std::uint64_t k = 0; k < values && keepTable_; ++k) {
+            std::pair<std::int32_t, std::int64_t> entry;
+            take(&entry.first, sizeof entry.first);
+            take(&entry.second, sizeof entry.second);
+            table_[entry.first] += entry.second;
+        }
+        if (!keepTable_ || table_.size() > kMaxTableValues) {
+            keepTable_ = false;
+            table_.clear();
+        }
+    }
+
+    // Forgets everything, then absorbs every packed builder in order.
+    void AbsorbAll(const std::vector<std::string>& packs) {
+        parts_.clear();
+        table_.clear();
+        keepTable_ = integer_;
+        for (const std::string& pack : packs) Absorb(pack);
+    }
+
+    GridSummary Finish() {
+        // Tile order: the combination of floating means and deviations is
+        // not associative, and this order is the same for every run.
+        std::ranges::sort(parts_, {}, [](const Part& p) { return std::pair(p.row0, p.col0); });
+        total_ = Part{};
+        for (const Part& part : parts_) Merge(part);
         GridSummary summary;
         RasterStatistics& s = summary.statistics;
         s.validCells = total_.n;
@@ -176,6 +249,8 @@ private:
         __int128 sumSquares = 0;
         double min = 0.0;
         double max = 0.0;
+        std::int64_t row0 = 0;  // of the tile
+        std::int64_t col0 = 0;
     };
 
     // Count, sum, squares and range of whole values in one pass of integer
@@ -260,16 +335,66 @@ private:
     bool integer_;
     std::atomic<bool> keepTable_;
     std::mutex lock_;
+    std::vector<Part> parts_;
     Part total_;
     std::unordered_map<std::int32_t, std::int64_t> table_;
 };
 
+// In a team, one member's failure fails every member alike: each learns the
+// first one by rank and fails with its description, so that all of them
+// leave the work at the same point. Alone, a failure goes on as it is.
+void Agree(const std::exception_ptr& failure) {
+    if (!InTeam()) {
+        if (failure) std::rethrow_exception(failure);
+        return;
+    }
+    std::string mine;
+    if (failure) {
+        try {
+            std::rethrow_exception(failure);
+        } catch (const std::exception& error) {
+            mine = error.what();
+        } catch (...) {
+            mine = "A process of the team stopped";
+        }
+        if (mine.empty()) mine = "A process of the team failed";
+    }
+    std::vector<std::string> all;
+    try {
+        all = Exchange(mine);
+    } catch (...) {
+        // A member that left the run fails the others; this one's own failure comes first.
+        if (failure) std::rethrow_exception(failure);
+        throw;
+    }
+    if (failure) std::rethrow_exception(failure);
+    for (const std::string& other : all) {
+        if (!other.empty()) throw EngineFailure(other);
+    }
+}
+
+// Runs work, then agrees with the team on whether it succeeded everywhere.
+template <class Work>
+void Together(Work&& work) {
+    std::exception_ptr failure;
+    try {
+        work();
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    Agree(failure);
+}
+
 GridSummary Summarize(const NodePtr& node, bool asStored) {
     SummaryBuilder builder(node->integer);
-    EvaluateTiles(node, [&](const Window& tile, const double* values) {
-        if (!asStored) return builder.Add(values, tile.Cells());
-        builder.Add(Stored(values, tile.Cells(), node->integer), tile.Cells());
+    Together([&] {
+        EvaluateTiles(node, [&](const Window& tile, const double* values) {
+            if (!asStored) return builder.Add(tile, values);
+            builder.Add(tile, Stored(values, tile.Cells(), node->integer));
+        });
     });
+    // In a team every member learns the statistics of the whole grid.
+    if (InTeam()) builder.AbsorbAll(Exchange(builder.Pack()));
     return builder.Finish();
 }
 
@@ -679,13 +804,19 @@ struct RasterDataset::PendingWrite {
     GDALRasterBandH band = nullptr;
     std::mutex lock;
     SummaryBuilder builder;
+    // The rows the file holds: all of them, or in a team this process's band.
+    std::int64_t firstRow = 0;
+    std::int64_t endRow = 0;
+    // The file is a team's grid, whose blocks are copied from the bands.
+    bool assembled = false;
 
     PendingWrite(RasterDataset& dataset, std::string gridName, const RasterWorkspace& target)
         : source(&dataset),
           name(std::move(gridName)),
           final(fs::path(target.PathName()) / (name + ".tif")),
           cellType(CellTypeOf(*dataset.node_)),
-          builder(dataset.node_->integer) {}
+          builder(dataset.node_->integer),
+          endRow(dataset.node_->grid.rows) {}
 };
 
 void RasterDataset::CheckCopy(const std::string& name, const RasterWorkspace& target) const {
@@ -697,29 +828,41 @@ void RasterDataset::CheckCopy(const std::string& name, const RasterWorkspace& ta
     }
 }
 
-void RasterDataset::StartCopy(PendingWrite& writing, const RasterWorkspace& target) {
+void RasterDataset::StartCopy(PendingWrite& writing) {
     const Grid& grid = node_->grid;
     const bool integer = node_->integer;
-    writing.file.path = fs::path(target.PathName()) / (TemporaryName(writing.name) + ".tif");
+    const std::int64_t rows = writing.endRow - writing.firstRow;
+    // A member of a team with more members than tile rows has no band.
+    if (rows == 0) return;
+    writing.file.path = writing.final.parent_path() / (TemporaryName(writing.name) + ".tif");
     // Measured on a 4000 x 4000 bathymetry (copy, slope, position index): ZSTD level 1
     // writes as fast as no compression at all; byte differencing shrinks floating
     // grids by a sixth for free but makes the small integer grids bigger and slower.
     // DEFLATE, LZW and LERC were 40-90% slower for no gain in size.
-    const char* options[] = {
-        "TILED=YES",        "BLOCKXSIZE=256",       "BLOCKYSIZE=256",
-        "COMPRESS=ZSTD",    "ZSTD_LEVEL=1",         integer ? "PREDICTOR=1" : "PREDICTOR=2",
-        "BIGTIFF=IF_SAFER", "NUM_THREADS=ALL_CPUS", nullptr};
+    // The assembled file of a team gets its blocks from the bands' files
+    // afterwards: GDAL must not fill them in when it closes it.
+    const char* options[] = {"TILED=YES",
+                             "BLOCKXSIZE=256",
+                             "BLOCKYSIZE=256",
+                             "COMPRESS=ZSTD",
+                             "ZSTD_LEVEL=1",
+                             integer ? "PREDICTOR=1" : "PREDICTOR=2",
+                             "BIGTIFF=IF_SAFER",
+                             "NUM_THREADS=ALL_CPUS",
+                             writing.assembled ? "SPARSE_OK=TRUE" : nullptr,
+                             nullptr};
     GDALDriverH driver = GDALGetDriverByName("GTiff");
     CPLErrorReset();
-    writing.file.dataset = GDALCreate(driver, writing.file.path.c_str(),
-                                      static_cast<int>(grid.cols), static_cast<int>(grid.rows), 1,
-                                      writing.cellType.type, const_cast<char**>(options));
+    writing.file.dataset =
+        GDALCreate(driver, writing.file.path.c_str(), static_cast<int>(grid.cols),
+                   static_cast<int>(rows), 1, writing.cellType.type, const_cast<char**>(options));
     if (!writing.file.dataset) {
         writing.file.path.clear();
         throw EngineFailure("Cannot create '" + writing.final.string() + "'" + LastGdalError());
     }
     GDALDatasetH out = writing.file.dataset;
-    double transform[6] = {grid.left, grid.cellX, 0.0, grid.top, 0.0, -grid.cellY};
+    const double top = grid.top - grid.cellY * static_cast<double>(writing.firstRow);
+    double transform[6] = {grid.left, grid.cellX, 0.0, top, 0.0, -grid.cellY};
     GDALSetGeoTransform(out, transform);
     if (node_->spatialReference && !node_->spatialReference->empty()) {
         GDALSetProjection(out, node_->spatialReference->c_str());
@@ -733,7 +876,7 @@ void RasterDataset::WriteTile(PendingWrite& writing, const Window& tile, const d
     const auto intNoData = static_cast<std::int32_t>(writing.cellType.noData);
     const std::int64_t cells = tile.Cells();
     const double* stored = Stored(values, cells, integer);
-    writing.builder.Add(stored, cells);
+    writing.builder.Add(tile, stored);
     void* buffer = nullptr;
     if (integer) {
         auto* ints = ThreadBuffer<std::int32_t, Scratch::kCells>(static_cast<std::size_t>(cells));
@@ -750,7 +893,7 @@ void RasterDataset::WriteTile(PendingWrite& writing, const Window& tile, const d
     }
     std::lock_guard lock(writing.lock);
     if (GDALRasterIO(writing.band, GF_Write, static_cast<int>(tile.col0),
-                     static_cast<int>(tile.row0), static_cast<int>(tile.cols),
+                     static_cast<int>(tile.row0 - writing.firstRow), static_cast<int>(tile.cols),
                      static_cast<int>(tile.rows), buffer, static_cast<int>(tile.cols),
                      static_cast<int>(tile.rows), integer ? GDT_Int32 : GDT_Float32, 0,
                      0) != CE_None) {
@@ -759,8 +902,154 @@ void RasterDataset::WriteTile(PendingWrite& writing, const Window& tile, const d
 }
 
 GridSummary RasterDataset::FinishWrite(PendingWrite& writing) {
+    if (!InTeam()) {
+        GridSummary summary = writing.builder.Finish();
+        if (summary.table && description_.nameClasses) description_.nameClasses(*summary.table);
+        Complete(writing, summary);
+        return summary;
+    }
+    Team& team = *CurrentTeam();
+    Together([&] {
+        if (!writing.file.dataset) return;
+        CPLErrorReset();
+        GDALDatasetH band = std::exchange(writing.file.dataset, nullptr);
+        GDALClose(band);
+        if (CPLGetLastErrorType() >= CE_Failure) {
+            throw EngineFailure("Cannot write '" + writing.final.string() + "'" + LastGdalError());
+        }
+    });
+    // Every member learns the statistics of the whole grid, combined alike,
+    // and where the other bands lie.
+    writing.builder.AbsorbAll(Exchange(writing.builder.Pack()));
+    const std::vector<std::string> bands =
+        Exchange(std::to_string(writing.firstRow) + "\n" + writing.file.path.string());
     GridSummary summary = writing.builder.Finish();
     if (summary.table && description_.nameClasses) description_.nameClasses(*summary.table);
+    // The first member assembles the bands into the grid's temporary file.
+    Together([&] {
+        if (team.Rank() != 0) return;
+        PartialFile own;
+        std::swap(own.path, writing.file.path);
+        writing.firstRow = 0;
+        writing.endRow = node_->grid.rows;
+        writing.assembled = true;
+        StartCopy(writing);
+        Describe(writing, summary);
+        std::vector<std::pair<std::int64_t, std::string>> parts;
+        for (const std::string& band : bands) {
+            const std::size_t split = band.find('\n');
+            std::string path = band.substr(split + 1);
+            if (!path.empty())
+                parts.emplace_back(std::stoll(band.substr(0, split)), std::move(path));
+        }
+        CopyBlocks(parts, writing);
+        Lay(writing);
+    });
+    return summary;
+}
+
+namespace {
+
+// libtiff's complaints about one file, kept for the failure that ends its use;
+// its warnings (the GeoTIFF and GDAL tags it does not know) are no concern.
+struct TiffFile {
+    TIFF* tiff = nullptr;
+    std::string error;
+
+    TiffFile(const std::string& path, const char* mode) {
+        TIFFOpenOptions* options = TIFFOpenOptionsAlloc();
+        TIFFOpenOptionsSetErrorHandlerExtR(options, &TiffFile::Error, this);
+        TIFFOpenOptionsSetWarningHandlerExtR(options, &TiffFile::Warning, this);
+        tiff = TIFFOpenExt(path.c_str(), mode, options);
+        TIFFOpenOptionsFree(options);
+    }
+    TiffFile(const TiffFile&) = delete;
+    TiffFile& operator=(const TiffFile&) = delete;
+    ~TiffFile() {
+        if (tiff) TIFFClose(tiff);
+    }
+    // Closing writes the directory: its failure is the file's failure.
+    bool Close() {
+        TIFFClose(std::exchange(tiff, nullptr));
+        return error.empty();
+    }
+    std::string Why() const { return error.empty() ? std::string() : ": " + error; }
+
+    static int Error(TIFF*, void* self, const char*, const char* format, va_list args) {
+        auto& file = *static_cast<TiffFile*>(self);
+        if (file.error.empty()) {
+            char text[512];
+            std::vsnprintf(text, sizeof text, format, args);
+            file.error = text;
+        }
+        return 1;
+    }
+    static int Warning(TIFF*, void*, const char*, const char*, va_list) { return 1; }
+};
+
+// What must agree for a compressed block of one file to be a block of another.
+std::vector<std::uint64_t> BlockLayout(TIFF* tiff) {
+    std::uint32_t width = 0, blockWidth = 0, blockHeight = 0;
+    std::uint16_t compression = 0, predictor = 1, bits = 0, format = 1;
+    TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &width);
+    TIFFGetField(tiff, TIFFTAG_TILEWIDTH, &blockWidth);
+    TIFFGetField(tiff, TIFFTAG_TILELENGTH, &blockHeight);
+    TIFFGetField(tiff, TIFFTAG_COMPRESSION, &compression);
+    TIFFGetField(tiff, TIFFTAG_PREDICTOR, &predictor);
+    TIFFGetField(tiff, TIFFTAG_BITSPERSAMPLE, &bits);
+    TIFFGetField(tiff, TIFFTAG_SAMPLEFORMAT, &format);
+    return {width,     blockWidth, blockHeight, compression,
+            predictor, bits,       format,      static_cast<std::uint64_t>(TIFFIsTiled(tiff))};
+}
+
+}  // namespace
+
+void RasterDataset::CopyBlocks(const std::vector<std::pair<std::int64_t, std::string>>& bands,
+                               const PendingWrite& writing) {
+    const std::string failure = "Cannot write '" + writing.final.string() + "'";
+    // Opened once: every closing writes the whole directory again at the end
+    // of the file, and a grid of 10^10 cells has a million blocks.
+    TiffFile out(writing.file.path.string(), "r+");
+    if (!out.tiff) throw EngineFailure(failure + out.Why());
+    const std::vector<std::uint64_t> layout = BlockLayout(out.tiff);
+    const auto blockRows = static_cast<std::int64_t>(layout[2]);
+    const auto blocksAcross = static_cast<std::int64_t>((layout[0] + layout[1] - 1) / layout[1]);
+    std::vector<unsigned char> bytes;
+    for (const auto& [firstRow, path] : bands) {
+        TiffFile in(path, "r");
+        if (!in.tiff) throw EngineFailure("Cannot read '" + path + "'" + in.Why());
+        if (BlockLayout(in.tiff) != layout || firstRow % blockRows != 0) {
+            throw EngineFailure(failure + ": the band in '" + path +
+                                "' is not laid out as the grid");
+        }
+        std::uint64_t* sizes = nullptr;
+        if (!TIFFGetField(in.tiff, TIFFTAG_TILEBYTECOUNTS, &sizes)) {
+            throw EngineFailure("Cannot read '" + path + "'" + in.Why());
+        }
+        // Blocks run along rows, and a band has the grid's width: the band's
+        // blocks are a run of the grid's, from its first row's.
+        const auto first = static_cast<std::uint32_t>(firstRow / blockRows * blocksAcross);
+        const std::uint32_t blocks = TIFFNumberOfTiles(in.tiff);
+        for (std::uint32_t block = 0; block < blocks; ++block) {
+            const auto size = static_cast<tmsize_t>(sizes[block]);
+            bytes.resize(static_cast<std::size_t>(size));
+            if (TIFFReadRawTile(in.tiff, block, bytes.data(), size) != size) {
+                throw EngineFailure("Cannot read '" + path + "'" + in.Why());
+            }
+            if (TIFFWriteRawTile(out.tiff, first + block, bytes.data(), size) != size) {
+                throw EngineFailure(failure + out.Why());
+            }
+        }
+    }
+    if (!out.Close()) throw EngineFailure(failure + out.Why());
+}
+
+void RasterDataset::Complete(PendingWrite& writing, const GridSummary& summary) {
+    Describe(writing, summary);
+    Lay(writing);
+}
+
+void RasterDataset::Describe(PendingWrite& writing, const GridSummary& summary) {
     WriteSummary(writing.file.dataset, summary, node_->grid.Cells(), writing.cellType.type);
     WriteProvenance(writing.file.dataset, description_);
     CPLErrorReset();
@@ -770,6 +1059,9 @@ GridSummary RasterDataset::FinishWrite(PendingWrite& writing) {
     if (CPLGetLastErrorType() >= CE_Failure) {
         throw EngineFailure("Cannot write '" + writing.final.string() + "'" + LastGdalError());
     }
+}
+
+void RasterDataset::Lay(PendingWrite& writing) {
     if (raster::Writing().cloudOptimized) {
         const fs::path plain = writing.file.path;
         PartialFile cloudOptimized;
@@ -777,11 +1069,24 @@ GridSummary RasterDataset::FinishWrite(PendingWrite& writing) {
         WriteCloudOptimized(plain, cloudOptimized.path, node_->integer);
         std::swap(writing.file.path, cloudOptimized.path);
     }
-    return summary;
 }
 
 RasterDatasetPtr RasterDataset::Store(PendingWrite& writing, GridSummary summary,
                                       const RasterWorkspace& target) {
+    if (!InTeam()) return StoreHere(writing, std::move(summary), target);
+    // The first member stores the grid; the others open it once it stands.
+    RasterDatasetPtr stored;
+    Together([&] {
+        if (CurrentTeam()->Rank() == 0) stored = StoreHere(writing, summary, target);
+    });
+    if (stored) return stored;
+    stored = Open(writing.final.string());
+    stored->summary_ = std::move(summary);
+    return stored;
+}
+
+RasterDatasetPtr RasterDataset::StoreHere(PendingWrite& writing, GridSummary summary,
+                                          const RasterWorkspace& target) {
     const fs::path& written = writing.file.path;
     const fs::path& final = writing.final;
     // The grid appears under its name only when complete, and never over another.
@@ -855,17 +1160,24 @@ std::vector<RasterDatasetPtr> RasterDataset::CopyAll(
         std::string stage;
         for (const auto& [dataset, name] : grids) stage += (stage.empty() ? "" : "+") + name;
         const StageMeter meter(stage);
-        for (const auto& [dataset, name] : grids) {
-            writings.push_back(std::make_unique<PendingWrite>(*dataset, name, target));
-            dataset->StartCopy(*writings.back(), target);
-            roots.push_back(dataset->node_);
-        }
-        EvaluateTiles(roots, [&](std::size_t k, const Window& tile, const double* values) {
-            writings[k]->source->WriteTile(*writings[k], tile, values);
+        for (const auto& [dataset, name] : grids) roots.push_back(dataset->node_);
+        const auto [firstRow, endRow] = SharedRows(roots.front()->grid.rows, TileSizeFor(roots));
+        Together([&] {
+            for (const auto& [dataset, name] : grids) {
+                writings.push_back(std::make_unique<PendingWrite>(*dataset, name, target));
+                writings.back()->firstRow = firstRow;
+                writings.back()->endRow = endRow;
+                dataset->StartCopy(*writings.back());
+            }
+            EvaluateTiles(roots, [&](std::size_t k, const Window& tile, const double* values) {
+                writings[k]->source->WriteTile(*writings[k], tile, values);
+            });
         });
         for (auto& writing : writings) summaries.push_back(writing->source->FinishWrite(*writing));
     } catch (const runtime::Failure&) {
-        if (grids.size() == 1) throw;
+        // A team does not try the grids one by one: every member would have
+        // to fail alike at every step. The run fails as a whole instead.
+        if (grids.size() == 1 || InTeam()) throw;
         // Which of the grids would have failed first is known only one by one.
         writings.clear();
         return oneByOne();
@@ -901,12 +1213,19 @@ bool RasterDataset::CanDelete() const {
 void RasterDataset::Delete() {
     if (!CanDelete()) throw EngineFailure("Cannot delete raster '" + path_ + "'");
     const StageMeter meter("delete " + name_);
-    std::error_code ec;
-    if (fs::is_directory(path_, ec)) {
-        fs::remove_all(path_, ec);
-    } else {
-        RemoveFileAndSidecars(path_);
-    }
+    // In a team the first process deletes, once every process has come this
+    // far: none of them then looks for the grid while it goes, and all see it
+    // gone afterwards.
+    Together([] {});
+    Together([&] {
+        if (InTeam() && CurrentTeam()->Rank() != 0) return;
+        std::error_code ec;
+        if (fs::is_directory(path_, ec)) {
+            fs::remove_all(path_, ec);
+        } else {
+            RemoveFileAndSidecars(path_);
+        }
+    });
 }
 
 const GridSummary& RasterDataset::Summary() {

@@ -166,11 +166,23 @@ public:
 private:
     struct PendingWrite;
     void CheckCopy(const std::string& name, const RasterWorkspace& target) const;
-    void StartCopy(PendingWrite& writing, const RasterWorkspace& target);
+    void StartCopy(PendingWrite& writing);
     void WriteTile(PendingWrite& writing, const Window& tile, const double* values);
     GridSummary FinishWrite(PendingWrite& writing);
+    // The bands (first row, path) that the members of a team wrote, into the
+    // closed file being written, block by compressed block.
+    static void CopyBlocks(const std::vector<std::pair<std::int64_t, std::string>>& bands,
+                           const PendingWrite& writing);
+    // Describe, then Lay.
+    void Complete(PendingWrite& writing, const GridSummary& summary);
+    // Statistics, table and provenance into the file, which is then closed.
+    void Describe(PendingWrite& writing, const GridSummary& summary);
+    // The closed file in the layout asked for (cloud-optimized or plain).
+    void Lay(PendingWrite& writing);
     static RasterDatasetPtr Store(PendingWrite& writing, GridSummary summary,
                                   const RasterWorkspace& target);
+    static RasterDatasetPtr StoreHere(PendingWrite& writing, GridSummary summary,
+                                      const RasterWorkspace& target);
     const GridSummary& Summary();
 
     NodePtr node_;
