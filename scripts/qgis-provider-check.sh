@@ -13,22 +13,10 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-sudo=""
-[ "$(id -u)" -ne 0 ] && sudo=sudo
-missing=()
-for p in qgis python3-qgis python3-gdal python3-numpy; do
-    dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
-done
-if [ ${#missing[@]} -gt 0 ]; then
-    echo "qgis-provider-check: installing ${missing[*]}" >&2
-    $sudo env DEBIAN_FRONTEND=noninteractive apt-get -o DPkg::Lock::Timeout=600 update -qq
-    $sudo env DEBIAN_FRONTEND=noninteractive apt-get -o DPkg::Lock::Timeout=600 install -y -qq \
-        --no-install-recommends "${missing[@]}" >/dev/null
-fi
+scripts/install-deps.sh qgis python3-qgis python3-numpy
 
 halvane=${HALVANE:-build/src/apps/halvane}
 if [ ! -x "$halvane" ]; then
-    scripts/install-deps.sh
     cmake -S . -B build -G Ninja >/dev/null
     cmake --build build --target halvane
 fi
