@@ -1161,7 +1161,10 @@ std::vector<RasterDatasetPtr> RasterDataset::CopyAll(
         for (const auto& [dataset, name] : grids) stage += (stage.empty() ? "" : "+") + name;
         const StageMeter meter(stage);
         for (const auto& [dataset, name] : grids) roots.push_back(dataset->node_);
-        const auto [firstRow, endRow] = SharedRows(roots.front()->grid.rows, TileSizeFor(roots));
+        // Plain names, not a structured binding: clang 14 refuses to capture those.
+        const auto rows = SharedRows(roots.front()->grid.rows, TileSizeFor(roots));
+        const auto firstRow = rows.first;
+        const auto endRow = rows.second;
         Together([&] {
             for (const auto& [dataset, name] : grids) {
                 writings.push_back(std::make_unique<PendingWrite>(*dataset, name, target));
