@@ -219,6 +219,51 @@ TEST(StatisticsTest, ExactMeanDeviationAndTableKeptWithTheGrid) {
     EXPECT_FALSE(op.Execute("[z] / 2")->Item(0)->HasTable());
 }
 
+// Whole grids are summed in exact integers: small values, values whose
+// squares no double holds exactly, values at the ends of 32 bits and missing
+// cells give the exact mean and deviation and the true range, whatever the
+// tiles.
+TEST(StatisticsTest, WholeStatisticsAreExactForEveryMagnitude) {
+    testing::TempDir dir;
+    const Grid grid{0, 3000, 10, 10, 67, 53};
+    std::vector<double> values = testing::Surface(grid, true);
+    const double big[] = {32767, 32768, -32769, 46341, -3037000, 2147483647, -2147483647};
+    for (std::size_t i = 0; i < values.size(); i += 11) values[i] = big[(i / 11) % std::size(big)];
+    for (std::size_t i = 3; i < values.size(); i += 13) values[i] = kNoData;
+    testing::WriteGrid(dir / "z.tif", grid, values, true);
+
+    __int128 sum = 0, squares = 0;
+    std::int64_t n = 0;
+    double low = 1e300, high = -1e300;
+    for (double v : values) {
+        if (std::isnan(v)) continue;
+        const auto whole = static_cast<std::int64_t>(v);
+        ++n;
+        sum += whole;
+        squares += static_cast<__int128>(whole) * whole;
+        low = std::min(low, v);
+        high = std::max(high, v);
+    }
+    const auto mean = static_cast<double>(static_cast<long double>(sum) / n);
+    const auto spread = static_cast<long double>(squares * n - sum * sum);
+    const auto deviation = static_cast<double>(std::sqrt(spread / (static_cast<long double>(n) * n)));
+
+    RasterWorkspacePtr workspace = RasterWorkspaceFactory().OpenFromFile(dir.Path(), 0);
+    RasterMapAlgebraOp op;
+    op.BindRaster(workspace->OpenRasterDataset("z")->CreateDefaultRaster(), "z");
+    const EvalSettings saved = Settings();
+    for (const std::int64_t tile : {1, 7, 64, 4096}) {
+        Settings().tileSize = tile;
+        const RasterStatistics s = op.Execute("[z] + 0")->Item(0)->Statistics();
+        EXPECT_EQ(s.validCells, n) << tile;
+        EXPECT_EQ(s.Mean, mean) << tile;
+        EXPECT_EQ(s.StandardDeviation, deviation) << tile;
+        EXPECT_EQ(s.Minimum, low) << tile;
+        EXPECT_EQ(s.Maximum, high) << tile;
+    }
+    Settings() = saved;
+}
+
 // The tiles' partial statistics of a floating grid are combined in tile order:
 // combined in the order threads finish them, the last bits of the mean would
 // change from run to run, and runs by several processes could never match.

@@ -104,7 +104,10 @@ public:
         std::unordered_map<std::int32_t, std::int64_t> counts;
         double low = std::numeric_limits<double>::infinity();
         double high = -low;
-        if (!integer_ || !AddWhole(values, cells, part, low, high)) {
+        const bool countValues = keepTable_.load(std::memory_order_relaxed);
+        const bool whole =
+            integer_ && AddWhole(values, cells, part, low, high, countValues ? &counts : nullptr);
+        if (!whole) {
             for (std::int64_t i = 0; i < cells; ++i) {
                 const double v = values[i];
                 if (std::isnan(v)) continue;
@@ -131,8 +134,7 @@ public:
                 part.m2 += (v - part.mean) * (v - part.mean);
             }
         }
-        if (keepTable_.load(std::memory_order_relaxed))
-            CountValues(values, cells, low, high, counts);
+        if (countValues && !whole) CountValues(values, cells, low, high, counts);
         std::lock_guard lock(lock_);
         parts_.push_back(part);
         if (!keepTable_) return;
@@ -253,28 +255,60 @@ private:
         std::int64_t col0 = 0;
     };
 
-    // Count, sum, squares and range of whole values in one pass of integer
-    // arithmetic, when every value is whole, fits in 32 bits, and the tile is small enough
-    // that a double sum of them is exact too (so part.sum is what adding them
-    // one by one gives). False, with part untouched, otherwise.
+    // Count, sum, squares, range and, when counts is given, the count of each
+    // value, of a tile whose values are all whole, fit in 32 bits and lie
+    // within a narrow range, and whose cells are few enough for a double sum
+    // of them to be exact (so part.sum is what adding them one by one gives).
+    // False, with nothing touched, otherwise: the caller adds them one by one.
+    //
+    // One pass finds the range; a second counts each value, and everything
+    // else comes from the counts in exact integers. The counts go to four
+    // tallies in turn, since a run of equal values (a class grid is mostly
+    // zeros) would otherwise wait on one memory cell at every step. A -0 is
+    // the one value whose place in the tile would show, in the range, so a
+    // tile holding one, whose range touches 0, is left to the caller too.
     static bool AddWhole(const double* values, std::int64_t cells, Part& part, double& low,
-                         double& high) {
-        constexpr double kLimit = 2147483648.0;
+                         double& high, std::unordered_map<std::int32_t, std::int64_t>* counts) {
+        constexpr std::int64_t kWidest = std::int64_t{1} << 16;
+        constexpr std::int64_t kTallies = 4;
         if (cells > (std::int64_t{1} << 21)) return false;
-        std::int64_t n = 0, sum = 0;
-        __int128 squares = 0;
-        double lo = low, hi = high;
+        std::int32_t lo = std::numeric_limits<std::int32_t>::max();
+        std::int32_t hi = std::numeric_limits<std::int32_t>::min();
+        bool negativeZero = false;
         for (std::int64_t i = 0; i < cells; ++i) {
             const double v = values[i];
             if (std::isnan(v)) continue;
-            if (!(std::abs(v) <= kLimit)) return false;
-            const auto whole = static_cast<std::int64_t>(v);
+            if (!(std::abs(v) <= 2147483647.0)) return false;
+            const auto whole = static_cast<std::int32_t>(v);
             if (static_cast<double>(whole) != v) return false;
-            ++n;
-            sum += whole;
-            squares += whole * whole;
-            lo = v < lo ? v : lo;
-            hi = v > hi ? v : hi;
+            negativeZero |= whole == 0 && std::signbit(v);
+            lo = std::min(lo, whole);
+            hi = std::max(hi, whole);
+        }
+        if (lo > hi) return true;  // nothing valid: part.n stays 0
+        if (negativeZero && (lo == 0 || hi == 0)) return false;
+        const std::int64_t width = std::int64_t{hi} - lo + 1;
+        if (width > kWidest) return false;
+
+        thread_local std::vector<std::uint32_t> tallies;
+        tallies.assign(static_cast<std::size_t>(width * kTallies), 0);
+        std::uint32_t* tally = tallies.data();
+        for (std::int64_t i = 0; i < cells; ++i) {
+            const double v = values[i];
+            if (std::isnan(v)) continue;
+            ++tally[(i % kTallies) * width + (static_cast<std::int32_t>(v) - lo)];
+        }
+        std::int64_t n = 0, sum = 0;
+        __int128 squares = 0;
+        for (std::int64_t k = 0; k < width; ++k) {
+            std::int64_t count = 0;
+            for (std::int64_t t = 0; t < kTallies; ++t) count += tally[t * width + k];
+            if (count == 0) continue;
+            const std::int64_t value = lo + k;
+            n += count;
+            sum += count * value;
+            squares += static_cast<__int128>(count) * (value * value);
+            if (counts) (*counts)[static_cast<std::int32_t>(value)] = count;
         }
         part.n = n;
         part.sum = static_cast<double>(sum);
