@@ -516,7 +516,10 @@ void EvaluateTiles(const std::vector<NodePtr>& roots,
             if (failed.load()) continue;
             // An exception must not leave the loop: keep the first and skip the rest.
             try {
-                for (std::size_t k = 0; k < roots.size(); ++k) {
+                // Each tile starts at another of the grids, so that threads
+                // writing several grids seldom wait for the same one.
+                for (std::size_t j = 0; j < roots.size(); ++j) {
+                    const std::size_t k = (t + j) % roots.size();
                     Block block = context.Get(roots[k], tiles[t]);
                     sink(k, tiles[t], block->data());
                 }
