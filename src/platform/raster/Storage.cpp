@@ -925,6 +925,7 @@ void RasterDataset::WriteTile(PendingWrite& writing, const Window& tile, const d
         }
         buffer = floats;
     }
+    if (WriteBlocks(writing, tile, buffer)) return;
     std::lock_guard lock(writing.lock);
     if (GDALRasterIO(writing.band, GF_Write, static_cast<int>(tile.col0),
                      static_cast<int>(tile.row0 - writing.firstRow), static_cast<int>(tile.cols),
@@ -933,6 +934,50 @@ void RasterDataset::WriteTile(PendingWrite& writing, const Window& tile, const d
                      0) != CE_None) {
         throw EngineFailure("Cannot write '" + writing.final.string() + "'" + LastGdalError());
     }
+}
+
+// A tile that covers whole blocks of the file (or reaches the grid's edge)
+// goes to the file block by block, past GDAL's block cache. Through the cache,
+// its blocks would wait there until some thread, often a reader that needs
+// room, pushed them out and waited for their compression while the writer's
+// lock was held, so that the threads took turns. False when the tile does
+// not lie on block edges: it is written through the cache then. The cells
+// come as WriteTile makes them: 32-bit integers or floats.
+bool RasterDataset::WriteBlocks(PendingWrite& writing, const Window& tile,
+                                const void* cells) const {
+    constexpr std::int64_t kBlock = kFileBlockRows;
+    const std::int64_t row0 = tile.row0 - writing.firstRow;
+    const std::int64_t fileRows = writing.endRow - writing.firstRow;
+    const Grid& grid = node_->grid;
+    if (tile.col0 % kBlock != 0 || row0 % kBlock != 0) return false;
+    if (tile.cols % kBlock != 0 && tile.col0 + tile.cols != grid.cols) return false;
+    if (tile.rows % kBlock != 0 && row0 + tile.rows != fileRows) return false;
+    const GDALDataType type = writing.cellType.type;
+    const int size = GDALGetDataTypeSizeBytes(type);
+    const GDALDataType cellType = node_->integer ? GDT_Int32 : GDT_Float32;
+    const int cellSize = GDALGetDataTypeSizeBytes(cellType);
+    thread_local std::vector<std::byte> block;
+    block.resize(static_cast<std::size_t>(kBlock * kBlock * size));
+    const auto* from = static_cast<const std::byte*>(cells);
+    for (std::int64_t by = 0; by < tile.rows; by += kBlock) {
+        for (std::int64_t bx = 0; bx < tile.cols; bx += kBlock) {
+            const std::int64_t rows = std::min(kBlock, tile.rows - by);
+            const std::int64_t cols = std::min(kBlock, tile.cols - bx);
+            // What lies beyond the grid's edge in an edge block is no cell.
+            if (rows < kBlock || cols < kBlock) std::ranges::fill(block, std::byte{0});
+            for (std::int64_t r = 0; r < rows; ++r) {
+                GDALCopyWords64(from + ((by + r) * tile.cols + bx) * cellSize, cellType, cellSize,
+                                block.data() + r * kBlock * size, type, size, cols);
+            }
+            std::lock_guard lock(writing.lock);
+            if (GDALWriteBlock(writing.band, static_cast<int>((tile.col0 + bx) / kBlock),
+                               static_cast<int>((row0 + by) / kBlock), block.data()) != CE_None) {
+                throw EngineFailure("Cannot write '" + writing.final.string() + "'" +
+                                    LastGdalError());
+            }
+        }
+    }
+    return true;
 }
 
 GridSummary RasterDataset::FinishWrite(PendingWrite& writing) {
