@@ -843,6 +843,12 @@ struct RasterDataset::PendingWrite {
     std::int64_t endRow = 0;
     // The file is a team's grid, whose blocks are copied from the bands.
     bool assembled = false;
+    // Blocks that tiles have filled in part, by index along the rows.
+    struct Gathered {
+        std::vector<std::byte> cells;
+        std::int64_t filled = 0;
+    };
+    std::unordered_map<std::int64_t, Gathered> gathered;
 
     PendingWrite(RasterDataset& dataset, std::string gridName, const RasterWorkspace& target)
         : source(&dataset),
@@ -925,59 +931,72 @@ void RasterDataset::WriteTile(PendingWrite& writing, const Window& tile, const d
         }
         buffer = floats;
     }
-    if (WriteBlocks(writing, tile, buffer)) return;
-    std::lock_guard lock(writing.lock);
-    if (GDALRasterIO(writing.band, GF_Write, static_cast<int>(tile.col0),
-                     static_cast<int>(tile.row0 - writing.firstRow), static_cast<int>(tile.cols),
-                     static_cast<int>(tile.rows), buffer, static_cast<int>(tile.cols),
-                     static_cast<int>(tile.rows), integer ? GDT_Int32 : GDT_Float32, 0,
-                     0) != CE_None) {
-        throw EngineFailure("Cannot write '" + writing.final.string() + "'" + LastGdalError());
-    }
+    WriteBlocks(writing, tile, buffer);
 }
 
-// A tile that covers whole blocks of the file (or reaches the grid's edge)
-// goes to the file block by block, past GDAL's block cache. Through the cache,
-// its blocks would wait there until some thread, often a reader that needs
-// room, pushed them out and waited for their compression while the writer's
-// lock was held, so that the threads took turns. False when the tile does
-// not lie on block edges: it is written through the cache then. The cells
+// Tiles go to the file block by block, past GDAL's block cache. Through the
+// cache, their blocks stayed there until some thread, often a reader that
+// needed room, pushed them out and waited for their compression while the
+// writer's lock was held, so that the threads took turns. A block that a
+// tile covers in part is gathered until its other tiles have come. The cells
 // come as WriteTile makes them: 32-bit integers or floats.
-bool RasterDataset::WriteBlocks(PendingWrite& writing, const Window& tile,
+void RasterDataset::WriteBlocks(PendingWrite& writing, const Window& tile,
                                 const void* cells) const {
     constexpr std::int64_t kBlock = kFileBlockRows;
     const std::int64_t row0 = tile.row0 - writing.firstRow;
     const std::int64_t fileRows = writing.endRow - writing.firstRow;
-    const Grid& grid = node_->grid;
-    if (tile.col0 % kBlock != 0 || row0 % kBlock != 0) return false;
-    if (tile.cols % kBlock != 0 && tile.col0 + tile.cols != grid.cols) return false;
-    if (tile.rows % kBlock != 0 && row0 + tile.rows != fileRows) return false;
+    const std::int64_t gridCols = node_->grid.cols;
+    const std::int64_t blocksAcross = (gridCols + kBlock - 1) / kBlock;
     const GDALDataType type = writing.cellType.type;
     const int size = GDALGetDataTypeSizeBytes(type);
     const GDALDataType cellType = node_->integer ? GDT_Int32 : GDT_Float32;
     const int cellSize = GDALGetDataTypeSizeBytes(cellType);
-    thread_local std::vector<std::byte> block;
-    block.resize(static_cast<std::size_t>(kBlock * kBlock * size));
     const auto* from = static_cast<const std::byte*>(cells);
-    for (std::int64_t by = 0; by < tile.rows; by += kBlock) {
-        for (std::int64_t bx = 0; bx < tile.cols; bx += kBlock) {
-            const std::int64_t rows = std::min(kBlock, tile.rows - by);
-            const std::int64_t cols = std::min(kBlock, tile.cols - bx);
-            // What lies beyond the grid's edge in an edge block is no cell.
-            if (rows < kBlock || cols < kBlock) std::ranges::fill(block, std::byte{0});
-            for (std::int64_t r = 0; r < rows; ++r) {
-                GDALCopyWords64(from + ((by + r) * tile.cols + bx) * cellSize, cellType, cellSize,
-                                block.data() + r * kBlock * size, type, size, cols);
+    const auto blockBytes = static_cast<std::size_t>(kBlock * kBlock * size);
+    thread_local std::vector<std::byte> own;
+    for (std::int64_t by = row0 / kBlock; by * kBlock < row0 + tile.rows; ++by) {
+        for (std::int64_t bx = tile.col0 / kBlock; bx * kBlock < tile.col0 + tile.cols; ++bx) {
+            // The part of the tile in this block, in the file's rows.
+            const std::int64_t r0 = std::max(row0, by * kBlock);
+            const std::int64_t r1 = std::min(row0 + tile.rows, (by + 1) * kBlock);
+            const std::int64_t c0 = std::max(tile.col0, bx * kBlock);
+            const std::int64_t c1 = std::min(tile.col0 + tile.cols, (bx + 1) * kBlock);
+            const std::int64_t blockCells =
+                std::min(kBlock, fileRows - by * kBlock) * std::min(kBlock, gridCols - bx * kBlock);
+            const std::int64_t partCells = (r1 - r0) * (c1 - c0);
+            const auto copy = [&](std::byte* block) {
+                for (std::int64_t r = r0; r < r1; ++r) {
+                    GDALCopyWords64(from + ((r - row0) * tile.cols + (c0 - tile.col0)) * cellSize,
+                                    cellType, cellSize,
+                                    block + ((r - by * kBlock) * kBlock + c0 - bx * kBlock) * size,
+                                    type, size, c1 - c0);
+                }
+            };
+            const auto write = [&](const std::byte* block) {
+                if (GDALWriteBlock(writing.band, static_cast<int>(bx), static_cast<int>(by),
+                                   const_cast<std::byte*>(block)) != CE_None) {
+                    throw EngineFailure("Cannot write '" + writing.final.string() + "'" +
+                                        LastGdalError());
+                }
+            };
+            if (partCells == blockCells) {
+                // What lies beyond the grid's edge in an edge block is no cell.
+                own.assign(blockBytes, std::byte{0});
+                copy(own.data());
+                std::lock_guard lock(writing.lock);
+                write(own.data());
+                continue;
             }
             std::lock_guard lock(writing.lock);
-            if (GDALWriteBlock(writing.band, static_cast<int>((tile.col0 + bx) / kBlock),
-                               static_cast<int>((row0 + by) / kBlock), block.data()) != CE_None) {
-                throw EngineFailure("Cannot write '" + writing.final.string() + "'" +
-                                    LastGdalError());
-            }
+            PendingWrite::Gathered& gathered = writing.gathered[by * blocksAcross + bx];
+            if (gathered.cells.empty()) gathered.cells.assign(blockBytes, std::byte{0});
+            copy(gathered.cells.data());
+            gathered.filled += partCells;
+            if (gathered.filled < blockCells) continue;
+            write(gathered.cells.data());
+            writing.gathered.erase(by * blocksAcross + bx);
         }
     }
-    return true;
 }
 
 GridSummary RasterDataset::FinishWrite(PendingWrite& writing) {

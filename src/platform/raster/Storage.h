@@ -168,7 +168,7 @@ private:
     void CheckCopy(const std::string& name, const RasterWorkspace& target) const;
     void StartCopy(PendingWrite& writing);
     void WriteTile(PendingWrite& writing, const Window& tile, const double* values);
-    bool WriteBlocks(PendingWrite& writing, const Window& tile, const void* cells) const;
+    void WriteBlocks(PendingWrite& writing, const Window& tile, const void* cells) const;
     GridSummary FinishWrite(PendingWrite& writing);
     // The bands (first row, path) that the members of a team wrote, into the
     // closed file being written, block by compressed block.
