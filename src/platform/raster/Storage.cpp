@@ -108,18 +108,28 @@ public:
         const bool whole =
             integer_ && AddWhole(values, cells, part, low, high, countValues ? &counts : nullptr);
         if (!whole) {
+            // In locals, not in part or low and high, whose addresses went
+            // to AddWhole: each step would wait for the last one's store.
+            std::int64_t n = 0;
+            double sum = 0.0, lo = low, hi = high;
             for (std::int64_t i = 0; i < cells; ++i) {
                 const double v = values[i];
                 if (std::isnan(v)) continue;
-                ++part.n;
-                part.sum += v;
-                low = std::min(low, v);
-                high = std::max(high, v);
+                ++n;
+                sum += v;
+                lo = v < lo ? v : lo;
+                hi = hi < v ? v : hi;
             }
+            part.n = n;
+            part.sum = sum;
+            low = lo;
+            high = hi;
             if (integer_) {
+                __int128 squares = 0;
                 for (std::int64_t i = 0; i < cells; ++i) {
-                    if (!std::isnan(values[i])) part.sumSquares += Square(values[i]);
+                    if (!std::isnan(values[i])) squares += Square(values[i]);
                 }
+                part.sumSquares = squares;
             }
         }
         if (part.n == 0) return;
@@ -128,11 +138,14 @@ public:
         part.mean = part.sum / static_cast<double>(part.n);
         // Integer grids need no squared deviations: theirs come from the sums.
         if (!integer_) {
+            const double mean = part.mean;
+            double m2 = 0.0;
             for (std::int64_t i = 0; i < cells; ++i) {
                 const double v = values[i];
                 if (std::isnan(v)) continue;
-                part.m2 += (v - part.mean) * (v - part.mean);
+                m2 += (v - mean) * (v - mean);
             }
+            part.m2 = m2;
         }
         if (countValues && !whole) CountValues(values, cells, low, high, counts);
         std::lock_guard lock(lock_);
