@@ -246,7 +246,8 @@ TEST(StatisticsTest, WholeStatisticsAreExactForEveryMagnitude) {
     }
     const auto mean = static_cast<double>(static_cast<long double>(sum) / n);
     const auto spread = static_cast<long double>(squares * n - sum * sum);
-    const auto deviation = static_cast<double>(std::sqrt(spread / (static_cast<long double>(n) * n)));
+    const auto deviation =
+        static_cast<double>(std::sqrt(spread / (static_cast<long double>(n) * n)));
 
     RasterWorkspacePtr workspace = RasterWorkspaceFactory().OpenFromFile(dir.Path(), 0);
     RasterMapAlgebraOp op;
