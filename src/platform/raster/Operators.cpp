@@ -27,8 +27,8 @@ public:
 
 private:
     template <std::size_t... K>
-    void Apply(const double* const* in, double* out, std::int64_t n,
-               std::index_sequence<K...>) const {
+    HALVANE_CELL_LOOP void Apply(const double* const* in, double* out, std::int64_t n,
+                                 std::index_sequence<K...>) const {
         for (std::int64_t i = 0; i < n; ++i) out[i] = f_(in[K][i]...);
     }
 
@@ -460,8 +460,14 @@ NodePtr MakeCon(NodePtr condition, NodePtr whenTrue, NodePtr whenFalse) {
 class SumNode final : public CellwiseNode {
 public:
     void ApplyRun(const double* const* in, double* out, std::int64_t n) const override {
+        Add(in, children.size(), out, n);
+    }
+
+private:
+    HALVANE_CELL_LOOP static void Add(const double* const* in, std::size_t terms, double* out,
+                                      std::int64_t n) {
         std::fill_n(out, n, 0.0);
-        for (std::size_t k = 0; k < children.size(); ++k) {
+        for (std::size_t k = 0; k < terms; ++k) {
             for (std::int64_t i = 0; i < n; ++i) out[i] += in[k][i];
         }
     }
