@@ -265,6 +265,83 @@ TEST(StatisticsTest, WholeStatisticsAreExactForEveryMagnitude) {
     Settings() = saved;
 }
 
+// A whole grid is counted as it is written, in a window of values that moves
+// with the tiles: values that drift from tile row to tile row, zeros that the
+// expression turns into -0, missing cells and a class grid whose operators
+// bound its values must give the cells, the exact statistics and the table
+// of a plain count, whatever the tiles.
+TEST(StatisticsTest, WholeGridsWrittenKeepExactStatisticsAsTheirValuesDrift) {
+    testing::TempDir dir;
+    const Grid grid{0, 3000, 10, 10, 97, 83};
+    std::vector<double> values(static_cast<std::size_t>(grid.Cells()));
+    for (std::int64_t r = 0; r < grid.rows; ++r) {
+        for (std::int64_t c = 0; c < grid.cols; ++c) {
+            values[static_cast<std::size_t>(r * grid.cols + c)] =
+                static_cast<double>((r / 9) * 7000 - 30000 + (c % 7) - 3);
+        }
+    }
+    for (std::size_t i = 5; i < values.size(); i += 17) values[i] = 0.0;
+    for (std::size_t i = 2; i < values.size(); i += 13) values[i] = kNoData;
+    testing::WriteGrid(dir / "z.tif", grid, values, true);
+
+    RasterWorkspacePtr workspace = RasterWorkspaceFactory().OpenFromFile(dir.Path(), 0);
+    RasterMapAlgebraOp op;
+    op.BindRaster(workspace->OpenRasterDataset("z")->CreateDefaultRaster(), "z");
+    const struct {
+        const char* expression;
+        std::function<double(double)> cell;
+    } cases[] = {{"[z] * -1", [](double v) { return -v; }},
+                 {"con([z] > 0, 3, 0)", [](double v) { return v > 0 ? 3.0 : 0.0; }}};
+    const EvalSettings saved = Settings();
+    int run = 0;
+    for (const auto& [expression, cell] : cases) {
+        std::vector<double> expected(values.size());
+        std::map<std::int64_t, std::int64_t> counts;
+        __int128 sum = 0, squares = 0;
+        std::int64_t n = 0;
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            expected[i] = std::isnan(values[i]) ? kNoData : cell(values[i]);
+            if (std::isnan(expected[i])) continue;
+            const auto whole = static_cast<std::int64_t>(expected[i]);
+            ++counts[whole];
+            ++n;
+            sum += whole;
+            squares += static_cast<__int128>(whole) * whole;
+        }
+        const auto mean = static_cast<double>(static_cast<long double>(sum) / n);
+        const auto deviation = static_cast<double>(std::sqrt(
+            static_cast<long double>(squares * n - sum * sum) / (static_cast<long double>(n) * n)));
+        RasterPtr result = op.Execute(expression);
+        for (const std::int64_t tile : {1, 7, 64, 4096}) {
+            Settings().tileSize = tile;
+            const std::string name = "out" + std::to_string(run++);
+            RasterDatasetPtr stored = result->Item(0)->RasterDataset()->Copy(name, workspace);
+            const std::string what = std::string(expression) + ", tile " + std::to_string(tile);
+            const std::vector<double> cells = testing::ReadAll(stored->CreateDefaultRaster());
+            ASSERT_EQ(cells.size(), expected.size());
+            for (std::size_t i = 0; i < cells.size(); ++i) {
+                ASSERT_TRUE(cells[i] == expected[i] ||
+                            (std::isnan(cells[i]) && std::isnan(expected[i])))
+                    << what << ", cell " << i;
+            }
+            const RasterDatasetPtr reopened = workspace->OpenRasterDataset(name);
+            const RasterStatistics s = reopened->Statistics();
+            EXPECT_EQ(s.validCells, n) << what;
+            EXPECT_EQ(s.Mean, mean) << what;
+            EXPECT_EQ(s.StandardDeviation, deviation) << what;
+            EXPECT_EQ(s.Minimum, static_cast<double>(counts.begin()->first)) << what;
+            EXPECT_EQ(s.Maximum, static_cast<double>(counts.rbegin()->first)) << what;
+            ASSERT_TRUE(reopened->HasTable()) << what;
+            std::map<std::int64_t, std::int64_t> table;
+            for (const AttributeRow& row : reopened->GetAttributeTable()) {
+                table[row.Value] = row.Count;
+            }
+            EXPECT_EQ(table, counts) << what;
+        }
+    }
+    Settings() = saved;
+}
+
 // The tiles' partial statistics of a floating grid are combined in tile order:
 // combined in the order threads finish them, the last bits of the mean would
 // change from run to run, and runs by several processes could never match.

@@ -96,11 +96,65 @@ class SummaryBuilder {
 public:
     explicit SummaryBuilder(bool integer) : integer_(integer), keepTable_(integer) {}
 
-    void Add(const Window& tile, const double* values) {
+    // A builder of an integer grid whose operators keep its values within
+    // [low, high] counts them in that window from the first tile on.
+    SummaryBuilder(bool integer, double low, double high) : SummaryBuilder(integer) {
+        if (integer && low >= -2147483647.0 && high <= 2147483647.0 && high - low < kWidest) {
+            Expect(static_cast<std::int32_t>(low), static_cast<std::int32_t>(high));
+        }
+    }
+
+    // Adds a tile of an integer grid, and fills ints with its cells as the
+    // file holds them, NoData as noData. Most tiles take one pass, which
+    // counts each value in the window that earlier tiles (or the grid's
+    // operators) set; a tile with a value outside it, or one that is not
+    // whole, takes the way of Add and moves the window to its range.
+    void AddInts(const Window& tile, const double* values, std::int32_t noData,
+                 std::int32_t* ints) {
         const std::int64_t cells = tile.Cells();
-        Part part;
-        part.row0 = tile.row0;
-        part.col0 = tile.col0;
+        const std::uint64_t window = window_.load(std::memory_order_relaxed);
+        if (window != 0 && cells <= kMostCells) {
+            const auto base = static_cast<std::int32_t>(window >> 32);
+            const auto width = static_cast<std::int64_t>(window & 0xffffffffu);
+            thread_local std::vector<std::uint32_t> tallies;
+            tallies.assign(static_cast<std::size_t>(width * kTallies), 0);
+            bool negativeZero = false;
+            if (CountInWindow(values, cells, base, width, tallies.data(), ints, noData,
+                              negativeZero)) {
+                Part part = TilePart(tile);
+                double low = 0.0, high = 0.0;
+                std::unordered_map<std::int32_t, std::int64_t> counts;
+                const bool countValues = keepTable_.load(std::memory_order_relaxed);
+                FromTallies(tallies.data(), base, width, part, low, high,
+                            countValues ? &counts : nullptr);
+                if (!negativeZero || (low != 0.0 && high != 0.0)) {
+                    return Keep(part, low, high, counts);
+                }
+            }
+        }
+        const double* stored = Stored(values, cells, true);
+        const auto [low, high] = Add(tile, stored);
+        for (std::int64_t i = 0; i < cells; ++i) {
+            ints[i] = std::isnan(stored[i]) ? noData : static_cast<std::int32_t>(stored[i]);
+        }
+        if (!(low <= high && low >= -2147483647.0 && high <= 2147483647.0)) return;
+        double first = low, last = high;
+        if (window != 0) {
+            const auto base = static_cast<double>(static_cast<std::int32_t>(window >> 32));
+            const auto width = static_cast<double>(window & 0xffffffffu);
+            if (low >= base && high < base + width) return;  // not whole, or a -0
+            first = std::min(first, base);
+            last = std::max(last, base + width - 1.0);
+        }
+        // Room for the tiles to come, whose values spread further than one tile's.
+        const double spare = std::max(high - low + 1.0, 256.0);
+        Expect(std::max(first - spare, -2147483647.0), std::min(last + spare, 2147483647.0));
+    }
+
+    // Adds a tile's values; returns their range (low > high when none is valid).
+    std::pair<double, double> Add(const Window& tile, const double* values) {
+        const std::int64_t cells = tile.Cells();
+        Part part = TilePart(tile);
         std::unordered_map<std::int32_t, std::int64_t> counts;
         double low = std::numeric_limits<double>::infinity();
         double high = -low;
@@ -132,13 +186,10 @@ public:
                 part.sumSquares = squares;
             }
         }
-        if (part.n == 0) return;
-        part.min = low;
-        part.max = high;
-        part.mean = part.sum / static_cast<double>(part.n);
+        if (part.n == 0) return {low, high};
         // Integer grids need no squared deviations: theirs come from the sums.
         if (!integer_) {
-            const double mean = part.mean;
+            const double mean = part.sum / static_cast<double>(part.n);
             double m2 = 0.0;
             for (std::int64_t i = 0; i < cells; ++i) {
                 const double v = values[i];
@@ -148,14 +199,8 @@ public:
             part.m2 = m2;
         }
         if (countValues && !whole) CountValues(values, cells, low, high, counts);
-        std::lock_guard lock(lock_);
-        parts_.push_back(part);
-        if (!keepTable_) return;
-        for (const auto& [value, count] : counts) table_[value] += count;
-        if (table_.size() > kMaxTableValues) {
-            keepTable_ = false;
-            table_.clear();
-        }
+        Keep(part, low, high, counts);
+        return {low, high};
     }
 
     // What this builder learnt, to be absorbed by a builder of another process.
@@ -256,6 +301,10 @@ public:
     }
 
 private:
+    static constexpr std::int64_t kWidest = std::int64_t{1} << 16;
+    static constexpr std::int64_t kTallies = 4;
+    static constexpr std::int64_t kMostCells = std::int64_t{1} << 21;
+
     struct Part {
         std::int64_t n = 0;
         double sum = 0.0;  // whole numbers below 2^53 add exactly
@@ -282,9 +331,7 @@ private:
     // tile holding one, whose range touches 0, is left to the caller too.
     static bool AddWhole(const double* values, std::int64_t cells, Part& part, double& low,
                          double& high, std::unordered_map<std::int32_t, std::int64_t>* counts) {
-        constexpr std::int64_t kWidest = std::int64_t{1} << 16;
-        constexpr std::int64_t kTallies = 4;
-        if (cells > (std::int64_t{1} << 21)) return false;
+        if (cells > kMostCells) return false;
         std::int32_t lo = std::numeric_limits<std::int32_t>::max();
         std::int32_t hi = std::numeric_limits<std::int32_t>::min();
         bool negativeZero = false;
@@ -311,13 +358,24 @@ private:
             if (std::isnan(v)) continue;
             ++tally[(i % kTallies) * width + (static_cast<std::int32_t>(v) - lo)];
         }
+        FromTallies(tally, lo, width, part, low, high, counts);
+        return true;
+    }
+
+    // What AddWhole learns from the tallies of the values base .. base +
+    // width - 1: the range is that of the values counted.
+    static void FromTallies(const std::uint32_t* tally, std::int32_t base, std::int64_t width,
+                            Part& part, double& low, double& high,
+                            std::unordered_map<std::int32_t, std::int64_t>* counts) {
         std::int64_t n = 0, sum = 0;
         __int128 squares = 0;
         for (std::int64_t k = 0; k < width; ++k) {
             std::int64_t count = 0;
             for (std::int64_t t = 0; t < kTallies; ++t) count += tally[t * width + k];
             if (count == 0) continue;
-            const std::int64_t value = lo + k;
+            const std::int64_t value = base + k;
+            if (n == 0) low = static_cast<double>(value);
+            high = static_cast<double>(value);
             n += count;
             sum += count * value;
             squares += static_cast<__int128>(count) * (value * value);
@@ -326,9 +384,64 @@ private:
         part.n = n;
         part.sum = static_cast<double>(sum);
         part.sumSquares = squares;
-        low = lo;
-        high = hi;
+    }
+
+    // The one pass of AddInts: false as soon as a value is not a whole one
+    // within the window.
+    static bool CountInWindow(const double* values, std::int64_t cells, std::int32_t base,
+                              std::int64_t width, std::uint32_t* tally, std::int32_t* ints,
+                              std::int32_t noData, bool& negativeZero) {
+        const double first = base;
+        const double end = first + static_cast<double>(width);
+        bool signedZero = false;
+        for (std::int64_t i = 0; i < cells; ++i) {
+            const double v = values[i];
+            if (std::isnan(v)) {
+                ints[i] = noData;
+                continue;
+            }
+            if (!(v >= first && v < end)) return false;
+            const auto whole = static_cast<std::int32_t>(v);
+            if (static_cast<double>(whole) != v) return false;
+            ints[i] = whole;
+            signedZero |= whole == 0 && std::signbit(v);
+            ++tally[(i % kTallies) * width + (whole - base)];
+        }
+        negativeZero = signedZero;
         return true;
+    }
+
+    static Part TilePart(const Window& tile) {
+        Part part;
+        part.row0 = tile.row0;
+        part.col0 = tile.col0;
+        return part;
+    }
+
+    // Takes in a tile's part, with the range and the counts of its values.
+    void Keep(Part& part, double low, double high,
+              const std::unordered_map<std::int32_t, std::int64_t>& counts) {
+        if (part.n == 0) return;
+        part.min = low;
+        part.max = high;
+        part.mean = part.sum / static_cast<double>(part.n);
+        std::lock_guard lock(lock_);
+        parts_.push_back(part);
+        if (!keepTable_) return;
+        for (const auto& [value, count] : counts) table_[value] += count;
+        if (table_.size() > kMaxTableValues) {
+            keepTable_ = false;
+            table_.clear();
+        }
+    }
+
+    // The values AddInts counts in one pass are low .. high, as far as the
+    // tallies allow.
+    void Expect(double low, double high) {
+        const auto base = static_cast<std::uint32_t>(static_cast<std::int32_t>(low));
+        const auto width =
+            static_cast<std::uint64_t>(std::min(high - low + 1.0, static_cast<double>(kWidest)));
+        window_.store(std::uint64_t{base} << 32 | width, std::memory_order_relaxed);
     }
 
     // v^2 of a whole v, exactly. Every stored cell type fits in 32 bits, so its
@@ -381,6 +494,9 @@ private:
 
     bool integer_;
     std::atomic<bool> keepTable_;
+    // AddInts' window: its first value in the high half, its width in the
+    // low half; 0 while there is none.
+    std::atomic<std::uint64_t> window_ = 0;
     std::mutex lock_;
     std::vector<Part> parts_;
     Part total_;
@@ -436,8 +552,7 @@ GridSummary Summarize(const NodePtr& node, bool asStored) {
     SummaryBuilder builder(node->integer);
     Together([&] {
         EvaluateTiles(node, [&](const Window& tile, const double* values) {
-            if (!asStored) return builder.Add(tile, values);
-            builder.Add(tile, Stored(values, tile.Cells(), node->integer));
+            builder.Add(tile, asStored ? Stored(values, tile.Cells(), node->integer) : values);
         });
     });
     // In a team every member learns the statistics of the whole grid.
@@ -868,7 +983,7 @@ struct RasterDataset::PendingWrite {
           name(std::move(gridName)),
           final(fs::path(target.PathName()) / (name + ".tif")),
           cellType(CellTypeOf(*dataset.node_)),
-          builder(dataset.node_->integer),
+          builder(dataset.node_->integer, dataset.node_->low, dataset.node_->high),
           endRow(dataset.node_->grid.rows) {}
 };
 
@@ -928,16 +1043,14 @@ void RasterDataset::WriteTile(PendingWrite& writing, const Window& tile, const d
     const bool integer = node_->integer;
     const auto intNoData = static_cast<std::int32_t>(writing.cellType.noData);
     const std::int64_t cells = tile.Cells();
-    const double* stored = Stored(values, cells, integer);
-    writing.builder.Add(tile, stored);
     void* buffer = nullptr;
     if (integer) {
         auto* ints = ThreadBuffer<std::int32_t, Scratch::kCells>(static_cast<std::size_t>(cells));
-        for (std::int64_t i = 0; i < cells; ++i) {
-            ints[i] = std::isnan(stored[i]) ? intNoData : static_cast<std::int32_t>(stored[i]);
-        }
+        writing.builder.AddInts(tile, values, intNoData, ints);
         buffer = ints;
     } else {
+        const double* stored = Stored(values, cells, false);
+        writing.builder.Add(tile, stored);
         auto* floats = ThreadBuffer<float, Scratch::kCells>(static_cast<std::size_t>(cells));
         for (std::int64_t i = 0; i < cells; ++i) {
             floats[i] = std::isnan(stored[i]) ? kFloatNoData : static_cast<float>(stored[i]);
