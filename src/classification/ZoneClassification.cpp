@@ -242,9 +242,23 @@ bool cmdFinish_Click(ZoneRunPage& page) {
 
         ui::Services().SetMousePointer(ui::vbHourglass);
         Progress(std::string(kHead) + "\r\nBuilding Slope Grid", 0);
-        BuildSlope();
+        {
+            // SLOPE is saved in the class grids' pass, which computes the same
+            // slope from the same bathymetry: in a pass of its own, the
+            // bathymetry was read and the slope computed twice.
+            const DeferredGridSaves deferred;
+            BuildSlope();
+        }
         Progress(std::string(kHead) + "\r\nPost-Slope Processing", 10);
-        RunFinalOutput(page);
+        // SLOPE too when the run stopped before the class grids' pass, as it
+        // does when that pass failed.
+        try {
+            RunFinalOutput(page);
+        } catch (...) {
+            StoreDeferredGrids();
+            throw;
+        }
+        StoreDeferredGrids();
         Progress(kHead, 100);
         CloseProgress();
         ui::Services().SetMousePointer(ui::vbDefault);

@@ -1,5 +1,8 @@
 #include "engine/RasterAccess.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "platform/reporting/ErrorHandling.h"
 #include "platform/runtime/Text.h"
 
@@ -134,25 +137,66 @@ bool DeleteRaster(const std::string& sPath, const std::string& sName) {
     });
 }
 
+namespace {
+
+struct DeferredGrid {
+    raster::RasterPtr raster;
+    std::string path;
+    std::string name;
+};
+
+std::vector<DeferredGrid>& Deferred() {
+    static std::vector<DeferredGrid> grids;
+    return grids;
+}
+
+bool g_b_DeferringSaves = false;
+
+}  // namespace
+
 std::string MakePerminentGrid(const raster::RasterPtr& pRaster, const std::string& sPath,
                               const std::string& sName) {
+    if (!g_b_DeferringSaves) StoreDeferredGrids();
     raster::RasterWorkspacePtr workspace = OpenOrMakeRasterWorkspace(sPath);
     const raster::RasterDatasetPtr dataset = Deref(Deref(pRaster).Item(0)).RasterDataset();
     if (!Deref(dataset).CanCopy()) return "";
-    dataset->Copy(sName, workspace);
+    if (g_b_DeferringSaves) {
+        dataset->CheckCopy(sName, Deref(workspace));
+        Deferred().push_back({pRaster, sPath, sName});
+    } else {
+        dataset->Copy(sName, workspace);
+    }
     return sPath + runtime::kPathSeparator + sName;
 }
 
 void MakePerminentGrids(const std::vector<std::pair<raster::RasterPtr, std::string>>& rasters,
                         const std::string& sPath) {
     if (rasters.empty()) return;
+    if (std::ranges::any_of(Deferred(), [&](const auto& grid) { return grid.path != sPath; })) {
+        StoreDeferredGrids();
+    }
+    std::vector<std::pair<raster::RasterPtr, std::string>> all;
+    for (DeferredGrid& grid : std::exchange(Deferred(), {})) {
+        all.emplace_back(std::move(grid.raster), std::move(grid.name));
+    }
+    all.insert(all.end(), rasters.begin(), rasters.end());
     raster::RasterWorkspacePtr workspace = OpenOrMakeRasterWorkspace(sPath);
     std::vector<std::pair<raster::RasterDatasetPtr, std::string>> grids;
-    for (const auto& [raster, name] : rasters) {
+    for (const auto& [raster, name] : all) {
         const raster::RasterDatasetPtr dataset = Deref(Deref(raster).Item(0)).RasterDataset();
         if (Deref(dataset).CanCopy()) grids.emplace_back(dataset, name);
     }
     raster::RasterDataset::CopyAll(grids, workspace);
+}
+
+DeferredGridSaves::DeferredGridSaves() { g_b_DeferringSaves = true; }
+
+DeferredGridSaves::~DeferredGridSaves() { g_b_DeferringSaves = false; }
+
+void StoreDeferredGrids() {
+    for (DeferredGrid& grid : std::exchange(Deferred(), {})) {
+        MakePerminentGrids({{grid.raster, grid.name}}, grid.path);
+    }
 }
 
 }  // namespace halvane

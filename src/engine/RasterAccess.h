@@ -46,4 +46,18 @@ std::string MakePerminentGrid(const raster::RasterPtr& pRaster, const std::strin
 void MakePerminentGrids(const std::vector<std::pair<raster::RasterPtr, std::string>>& rasters,
                         const std::string& sPath);
 
+// While one stands, MakePerminentGrid checks the name at once but saves the
+// cells later: in the pass of the next MakePerminentGrids into the same
+// folder, first, as though saved just before those grids, or when
+// StoreDeferredGrids is called.
+class DeferredGridSaves {
+public:
+    DeferredGridSaves();
+    ~DeferredGridSaves();
+    DeferredGridSaves(const DeferredGridSaves&) = delete;
+    DeferredGridSaves& operator=(const DeferredGridSaves&) = delete;
+};
+// Saves the deferred rasters that no pass has taken yet.
+void StoreDeferredGrids();
+
 }  // namespace halvane

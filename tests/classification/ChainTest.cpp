@@ -184,15 +184,13 @@ TEST_F(ChainTest, EveryStoredGridOfTheChainFollowsItsDefinitionCellForCell) {
     testing::ExpectCells(Stored(work, "rugosity"), AsFloats(Rugosity(grid_, depth_, 10)));
 }
 
-// A last record without bounds fails at its Execute, after every other class
-// grid was made: what the wizard's route leaves then is each of them, the four
-// temporary grids and SLOPE, each holding what it was computed to hold, and no
-// zones.
-TEST_F(ChainTest, ARunStoppedAtItsLastClassLeavesEveryGridBeforeItAsComputed) {
+// A record without bounds fails at its Execute. Last, after every other class
+// grid was made, the wizard's route leaves each of them, the four temporary
+// grids and SLOPE, each holding what it was computed to hold, and no zones;
+// first, before the class grids' pass, the temporary grids and SLOPE.
+TEST_F(ChainTest, ARunStoppedAtAClassLeavesEveryGridBeforeItAsComputed) {
     std::ifstream in(DefaultDictionaryPath());
-    std::string xml((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    const std::size_t end = xml.find("</Classifications>");
-    ASSERT_NE(end, std::string::npos);
+    const std::string xml((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     std::string unbounded = "<ClassRec ID=\"99\"><Class>13</Class><Zone>Nothing</Zone>";
     for (const char* bound : {"SSB", "LSB", "Slope", "Depth"}) {
         for (const char* side : {"Lower", "Upper"}) {
@@ -200,47 +198,64 @@ TEST_F(ChainTest, ARunStoppedAtItsLastClassLeavesEveryGridBeforeItAsComputed) {
             unbounded += "<" + tag + "></" + tag + ">";
         }
     }
-    xml.insert(end, unbounded + "</ClassRec>\n");
-    const std::string path = dir_ / "stops.xml";
-    std::ofstream(path) << xml;
+    unbounded += "</ClassRec>\n";
+    const std::size_t first = xml.find("<ClassRec ");
+    const std::size_t end = xml.find("</Classifications>");
+    ASSERT_NE(first, std::string::npos);
+    ASSERT_NE(end, std::string::npos);
 
-    // The command line puts its working folder back as it found it.
-    const std::string cli = dir_ / "cli";
-    fs::create_directories(cli);
-    EXPECT_EQ(Halvane({"classify", "--broad", "1,5", "--fine", "1,3", "--dictionary", path,
-                       "--workdir", cli, input_}),
-              1);
-    EXPECT_TRUE(fs::is_empty(cli));
+    for (const bool last : {true, false}) {
+        SCOPED_TRACE(last ? "stops at the last class" : "stops at the first class");
+        const std::string run = last ? "last" : "first";
+        std::string stops = xml;
+        stops.insert(last ? end : first, unbounded);
+        const std::string path = dir_ / (run + ".xml");
+        std::ofstream(path) << stops;
 
-    // The route under it, as the wizard runs it, leaves what it made.
-    const std::string work = dir_ / "work";
-    apps::ClassifyRoute route;
-    route.input = input_;
-    route.workDir = work;
-    route.dictionary = path;
-    route.broadInner = "1", route.broadOuter = "5", route.fineInner = "1", route.fineOuter = "3";
-    std::ostringstream console;
-    apps::RunConsole() = &console;
-    EXPECT_EQ(apps::RunReported({}, {"classify", "", {}},
-                                [&](apps::CommandRun&) { return apps::RunClassifyRoute(route); }),
-              1);
-    apps::RunConsole() = nullptr;
+        // The command line puts its working folder back as it found it.
+        const std::string cli = dir_ / (run + "-cli");
+        fs::create_directories(cli);
+        EXPECT_EQ(Halvane({"classify", "--broad", "1,5", "--fine", "1,3", "--dictionary", path,
+                           "--workdir", cli, input_}),
+                  1);
+        EXPECT_TRUE(fs::is_empty(cli));
 
-    clsXMLPrjFile dictionary;
-    dictionary.XML(path);
-    const std::vector<std::vector<double>> classes = ClassGrids(dictionary);
-    ASSERT_EQ(classes.size(), 13u);
-    for (std::size_t k = 0; k + 1 < classes.size(); ++k) {
-        SCOPED_TRACE("class grid " + std::to_string(k + 1));
-        testing::ExpectCells(Stored(work, "ZONES" + std::to_string(k + 1)), classes[k]);
+        // The route under it, as the wizard runs it, leaves what it made.
+        const std::string work = dir_ / run;
+        apps::ClassifyRoute route;
+        route.input = input_;
+        route.workDir = work;
+        route.dictionary = path;
+        route.broadInner = "1", route.broadOuter = "5", route.fineInner = "1",
+        route.fineOuter = "3";
+        std::ostringstream console;
+        apps::RunConsole() = &console;
+        EXPECT_EQ(
+            apps::RunReported({}, {"classify", "", {}},
+                              [&](apps::CommandRun&) { return apps::RunClassifyRoute(route); }),
+            1);
+        apps::RunConsole() = nullptr;
+
+        clsXMLPrjFile dictionary;
+        dictionary.XML(path);
+        const std::vector<std::vector<double>> classes = ClassGrids(dictionary);
+        ASSERT_EQ(classes.size(), 13u);
+        for (std::size_t k = 0; k + 1 < classes.size(); ++k) {
+            SCOPED_TRACE("class grid " + std::to_string(k + 1));
+            if (last) {
+                testing::ExpectCells(Stored(work, "ZONES" + std::to_string(k + 1)), classes[k]);
+            } else {
+                EXPECT_FALSE(fs::exists(work + "/ZONES" + std::to_string(k + 1) + ".tif"));
+            }
+        }
+        EXPECT_FALSE(fs::exists(work + "/ZONES13.tif"));
+        EXPECT_FALSE(fs::exists(work + "/ZONES.tif"));
+        testing::ExpectCells(Stored(work, "tmpBroadBPI"), broad_);
+        testing::ExpectCells(Stored(work, "tmpFineBPI"), fine_);
+        testing::ExpectCells(Stored(work, "tmpBroadstd"), Standardized(broad_));
+        testing::ExpectCells(Stored(work, "tmpFinestd"), Standardized(fine_));
+        testing::ExpectCells(Stored(work, "SLOPE"), AsFloats(slope_));
     }
-    EXPECT_FALSE(fs::exists(work + "/ZONES13.tif"));
-    EXPECT_FALSE(fs::exists(work + "/ZONES.tif"));
-    testing::ExpectCells(Stored(work, "tmpBroadBPI"), broad_);
-    testing::ExpectCells(Stored(work, "tmpFineBPI"), fine_);
-    testing::ExpectCells(Stored(work, "tmpBroadstd"), Standardized(broad_));
-    testing::ExpectCells(Stored(work, "tmpFinestd"), Standardized(fine_));
-    testing::ExpectCells(Stored(work, "SLOPE"), AsFloats(slope_));
 }
 
 }  // namespace

@@ -419,8 +419,15 @@ std::int64_t TileSize(std::size_t deepest) {
 }  // namespace
 
 std::int64_t TileSizeFor(const std::vector<NodePtr>& roots) {
+    // The statistics of a floating grid are combined tile by tile, so they
+    // are the same bits only over the same tiles: a pass that stores one
+    // takes the tiles it would have alone.
+    const bool floating = std::ranges::any_of(roots, [](const NodePtr& r) { return !r->integer; });
     std::size_t deepest = 0;
-    for (const NodePtr& root : roots) deepest = std::max(deepest, ParentCounts(root).size() + 1);
+    for (const NodePtr& root : roots) {
+        if (floating && root->integer) continue;
+        deepest = std::max(deepest, ParentCounts(root).size() + 1);
+    }
     return TileSize(deepest);
 }
 
@@ -480,7 +487,6 @@ void EvaluateTiles(const std::vector<NodePtr>& roots,
     auto group = std::make_shared<GroupNode>();
     group->grid = roots.front()->grid;
     group->children = roots;
-    std::size_t deepest = 0;
     for (const NodePtr& root : roots) {
         const Grid& g = root->grid;
         if (g.cols != group->grid.cols || g.rows != group->grid.rows ||
@@ -488,11 +494,10 @@ void EvaluateTiles(const std::vector<NodePtr>& roots,
             g.cellX != group->grid.cellX || g.cellY != group->grid.cellY) {
             throw runtime::RuntimeFailure(runtime::kInvalidProcedureCall);
         }
-        deepest = std::max(deepest, ParentCounts(root).size() + 1);
     }
     const Grid& grid = group->grid;
     const NodePtr groupRoot = group;
-    const std::int64_t size = TileSize(deepest);
+    const std::int64_t size = TileSizeFor(roots);
     const auto [firstRow, endRow] = SharedRows(grid.rows, size);
     std::vector<Window> tiles;
     for (std::int64_t row = firstRow; row < endRow; row += size) {

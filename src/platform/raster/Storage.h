@@ -145,6 +145,9 @@ public:
     static std::vector<RasterDatasetPtr> CopyAll(
         const std::vector<std::pair<RasterDatasetPtr, std::string>>& grids,
         const RasterWorkspacePtr& workspace);
+    // Fails as Copy fails before it writes a cell: a name that is not valid
+    // or that the workspace already holds.
+    void CheckCopy(const std::string& name, const RasterWorkspace& target) const;
 
     bool CanDelete() const;
     void Delete();
@@ -165,7 +168,6 @@ public:
 
 private:
     struct PendingWrite;
-    void CheckCopy(const std::string& name, const RasterWorkspace& target) const;
     void StartCopy(PendingWrite& writing);
     void WriteTile(PendingWrite& writing, const Window& tile, const double* values);
     void WriteBlocks(PendingWrite& writing, const Window& tile, const void* cells) const;
