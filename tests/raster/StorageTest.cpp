@@ -266,10 +266,10 @@ TEST(StatisticsTest, WholeStatisticsAreExactForEveryMagnitude) {
 }
 
 // A whole grid is counted as it is written, in a window of values that moves
-// with the tiles: values that drift from tile row to tile row, zeros that the
-// expression turns into -0, missing cells and a class grid whose operators
-// bound its values must give the cells, the exact statistics and the table
-// of a plain count, whatever the tiles.
+// with the tiles or that the grid's operators set: values that drift from
+// tile row to tile row, zeros that the expression turns into -0 (at the end
+// of the range or not), missing cells and class grids must give the cells,
+// the exact statistics and the table of a plain count, whatever the tiles.
 TEST(StatisticsTest, WholeGridsWrittenKeepExactStatisticsAsTheirValuesDrift) {
     testing::TempDir dir;
     const Grid grid{0, 3000, 10, 10, 97, 83};
@@ -291,6 +291,7 @@ TEST(StatisticsTest, WholeGridsWrittenKeepExactStatisticsAsTheirValuesDrift) {
         const char* expression;
         std::function<double(double)> cell;
     } cases[] = {{"[z] * -1", [](double v) { return -v; }},
+                 {"con([z] > 0, 0, 1) * -1", [](double v) { return v > 0 ? -0.0 : -1.0; }},
                  {"con([z] > 0, 3, 0)", [](double v) { return v > 0 ? 3.0 : 0.0; }}};
     const EvalSettings saved = Settings();
     int run = 0;
@@ -331,6 +332,11 @@ TEST(StatisticsTest, WholeGridsWrittenKeepExactStatisticsAsTheirValuesDrift) {
             EXPECT_EQ(s.StandardDeviation, deviation) << what;
             EXPECT_EQ(s.Minimum, static_cast<double>(counts.begin()->first)) << what;
             EXPECT_EQ(s.Maximum, static_cast<double>(counts.rbegin()->first)) << what;
+            // Where a -0 ends the range, its sign is the one statistics
+            // computed cell by cell over the same tiles give.
+            const RasterStatistics computed = op.Execute(expression)->Item(0)->Statistics();
+            EXPECT_EQ(std::signbit(s.Minimum), std::signbit(computed.Minimum)) << what;
+            EXPECT_EQ(std::signbit(s.Maximum), std::signbit(computed.Maximum)) << what;
             ASSERT_TRUE(reopened->HasTable()) << what;
             std::map<std::int64_t, std::int64_t> table;
             for (const AttributeRow& row : reopened->GetAttributeTable()) {

@@ -200,7 +200,7 @@ std::vector<double> EvaluateSampled(const NodePtr& root, const Window& window, s
                                     std::int64_t rows);
 
 // The scratch buffers of the operators and the writer, one set per thread.
-enum class Scratch { kRowSums, kRowCounts, kRingSums, kRingCounts, kStored, kCells };
+enum class Scratch { kRowSums, kRowCounts, kRingSums, kRingCounts, kStored, kCells, kSlots };
 
 // A buffer of the calling thread for `Slot` holding at least n values, with
 // whatever it held before. It keeps its memory from tile to tile: fresh memory

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <bit>
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
@@ -116,16 +117,20 @@ public:
         if (window != 0 && cells <= kMostCells) {
             const auto base = static_cast<std::int32_t>(window >> 32);
             const auto width = static_cast<std::int64_t>(window & 0xffffffffu);
-            thread_local std::vector<std::uint32_t> tallies;
-            tallies.assign(static_cast<std::size_t>(width * kTallies), 0);
+            auto* slots =
+                ThreadBuffer<std::uint32_t, Scratch::kSlots>(static_cast<std::size_t>(cells));
             bool negativeZero = false;
-            if (CountInWindow(values, cells, base, width, tallies.data(), ints, noData,
-                              negativeZero)) {
+            if (PlaceInWindow(values, cells, base, width, noData, ints, slots, negativeZero)) {
+                // A place past the window's for NoData, counted and ignored.
+                const std::int64_t stride = width + 1;
+                thread_local std::vector<std::uint32_t> tallies;
+                tallies.assign(static_cast<std::size_t>(stride * kTallies), 0);
+                Tally(slots, cells, stride, tallies.data());
                 Part part = TilePart(tile);
                 double low = 0.0, high = 0.0;
                 std::unordered_map<std::int32_t, std::int64_t> counts;
                 const bool countValues = keepTable_.load(std::memory_order_relaxed);
-                FromTallies(tallies.data(), base, width, part, low, high,
+                FromTallies(tallies.data(), stride, base, width, part, low, high,
                             countValues ? &counts : nullptr);
                 if (!negativeZero || (low != 0.0 && high != 0.0)) {
                     return Keep(part, low, high, counts);
@@ -358,20 +363,20 @@ private:
             if (std::isnan(v)) continue;
             ++tally[(i % kTallies) * width + (static_cast<std::int32_t>(v) - lo)];
         }
-        FromTallies(tally, lo, width, part, low, high, counts);
+        FromTallies(tally, width, lo, width, part, low, high, counts);
         return true;
     }
 
-    // What AddWhole learns from the tallies of the values base .. base +
-    // width - 1: the range is that of the values counted.
-    static void FromTallies(const std::uint32_t* tally, std::int32_t base, std::int64_t width,
-                            Part& part, double& low, double& high,
+    // What AddWhole learns from the tallies, stride apart, of the values
+    // base .. base + width - 1: the range is that of the values counted.
+    static void FromTallies(const std::uint32_t* tally, std::int64_t stride, std::int32_t base,
+                            std::int64_t width, Part& part, double& low, double& high,
                             std::unordered_map<std::int32_t, std::int64_t>* counts) {
         std::int64_t n = 0, sum = 0;
         __int128 squares = 0;
         for (std::int64_t k = 0; k < width; ++k) {
             std::int64_t count = 0;
-            for (std::int64_t t = 0; t < kTallies; ++t) count += tally[t * width + k];
+            for (std::int64_t t = 0; t < kTallies; ++t) count += tally[t * stride + k];
             if (count == 0) continue;
             const std::int64_t value = base + k;
             if (n == 0) low = static_cast<double>(value);
@@ -386,29 +391,48 @@ private:
         part.sumSquares = squares;
     }
 
-    // The one pass of AddInts: false as soon as a value is not a whole one
-    // within the window.
-    static bool CountInWindow(const double* values, std::int64_t cells, std::int32_t base,
-                              std::int64_t width, std::uint32_t* tally, std::int32_t* ints,
-                              std::int32_t noData, bool& negativeZero) {
+    // The first pass of AddInts, vectorized: each cell as the file holds
+    // it, and its place in the tallies (width for NoData). False when a
+    // value is not a whole one within [base, base + width).
+    HALVANE_CELL_LOOP static bool PlaceInWindow(const double* values, std::int64_t cells,
+                                                std::int32_t base, std::int64_t width,
+                                                std::int32_t noData, std::int32_t* ints,
+                                                std::uint32_t* slots, bool& negativeZero) {
         const double first = base;
         const double end = first + static_cast<double>(width);
-        bool signedZero = false;
+        const auto none = static_cast<std::uint32_t>(width);
+        // Flags as numbers, tests without branches and -0 by its bits: the
+        // loop vectorizes only so.
+        std::int32_t outside = 0, signedZero = 0;
         for (std::int64_t i = 0; i < cells; ++i) {
             const double v = values[i];
-            if (std::isnan(v)) {
-                ints[i] = noData;
-                continue;
-            }
-            if (!(v >= first && v < end)) return false;
-            const auto whole = static_cast<std::int32_t>(v);
-            if (static_cast<double>(whole) != v) return false;
-            ints[i] = whole;
-            signedZero |= whole == 0 && std::signbit(v);
-            ++tally[(i % kTallies) * width + (whole - base)];
+            const std::int32_t valid = !std::isnan(v);
+            const std::int32_t inside = (v >= first) & (v < end);
+            // Converted only within the window, where the cell type holds it.
+            const auto whole = static_cast<std::int32_t>(inside ? v : first);
+            const std::int32_t exact = static_cast<double>(whole) == v;
+            outside |= valid & ~(inside & exact);
+            ints[i] = valid ? whole : noData;
+            slots[i] = valid ? static_cast<std::uint32_t>(whole - base) : none;
+            signedZero |= std::bit_cast<std::uint64_t>(v) == std::bit_cast<std::uint64_t>(-0.0);
         }
-        negativeZero = signedZero;
-        return true;
+        negativeZero = signedZero != 0;
+        return outside == 0;
+    }
+
+    // The second: each cell counted at its place, in the four tallies in turn.
+    static void Tally(const std::uint32_t* slots, std::int64_t cells, std::int64_t stride,
+                      std::uint32_t* tally) {
+        std::uint32_t* const t[kTallies] = {tally, tally + stride, tally + 2 * stride,
+                                            tally + 3 * stride};
+        std::int64_t i = 0;
+        for (; i + kTallies <= cells; i += kTallies) {
+            ++t[0][slots[i]];
+            ++t[1][slots[i + 1]];
+            ++t[2][slots[i + 2]];
+            ++t[3][slots[i + 3]];
+        }
+        for (; i < cells; ++i) ++t[i % kTallies][slots[i]];
     }
 
     static Part TilePart(const Window& tile) {
