@@ -118,12 +118,11 @@ private:
             throw EngineFailure("Cannot read raster '" + band_.path + "': " + CPLGetLastErrorMsg());
         }
         if (!band_.hasNoData) return;
-        for (std::int64_t r = 0; r < rows; ++r) {
-            double* row = out + r * stride;
-            for (std::int64_t c = 0; c < cols; ++c) {
-                if (row[c] == band_.noData) row[c] = kNoData;
-            }
-        }
+        for (std::int64_t r = 0; r < rows; ++r) NoDataToNaN(out + r * stride, cols, band_.noData);
+    }
+
+    HALVANE_CELL_LOOP static void NoDataToNaN(double* row, std::int64_t cols, double noData) {
+        for (std::int64_t c = 0; c < cols; ++c) row[c] = row[c] == noData ? kNoData : row[c];
     }
 
     StoredBand band_;
@@ -202,33 +201,31 @@ public:
                 const std::int64_t inner = std::min(spans_[dy + reach_].second, reach);
                 if (outer < 0) continue;
                 const std::int64_t offset = (r + reach + dy) * (width + 1) + reach;
-                const double* s = sums + offset;
-                for (std::int64_t c = 0; c < window.cols; ++c) {
-                    total[c] += s[c + outer + 1] - s[c - outer];
-                }
-                if (inner >= 0) {
-                    for (std::int64_t c = 0; c < window.cols; ++c) {
-                        total[c] -= s[c + inner + 1] - s[c - inner];
-                    }
-                }
-                if (whole) continue;
-                const std::int64_t* n = counts + offset;
-                for (std::int64_t c = 0; c < window.cols; ++c) {
-                    valid[c] += n[c + outer + 1] - n[c - outer];
-                }
-                if (inner < 0) continue;
-                for (std::int64_t c = 0; c < window.cols; ++c) {
-                    valid[c] -= n[c + inner + 1] - n[c - inner];
-                }
+                AddSpan(total, sums + offset, window.cols, outer, inner);
+                if (!whole) AddSpan(valid, counts + offset, window.cols, outer, inner);
             }
-            double* o = out + r * window.cols;
-            for (std::int64_t c = 0; c < window.cols; ++c) {
-                o[c] = valid[c] > 0 ? total[c] / static_cast<double>(valid[c]) : kNoData;
-            }
+            Divide(total, valid, window.cols, out + r * window.cols);
         }
     }
 
 private:
+    // total[c] += the sum over the row's span c - outer .. c + outer, less
+    // the one over c - inner .. c + inner, from the row's prefix sums s.
+    template <class T>
+    HALVANE_CELL_LOOP static void AddSpan(T* total, const T* s, std::int64_t cols,
+                                          std::int64_t outer, std::int64_t inner) {
+        for (std::int64_t c = 0; c < cols; ++c) total[c] += s[c + outer + 1] - s[c - outer];
+        if (inner < 0) return;
+        for (std::int64_t c = 0; c < cols; ++c) total[c] -= s[c + inner + 1] - s[c - inner];
+    }
+
+    HALVANE_CELL_LOOP static void Divide(const double* total, const std::int64_t* valid,
+                                         std::int64_t cols, double* out) {
+        for (std::int64_t c = 0; c < cols; ++c) {
+            out[c] = valid[c] > 0 ? total[c] / static_cast<double>(valid[c]) : kNoData;
+        }
+    }
+
     // The largest dx with dx^2 + dy^2 <= limit2, or -1 when there is none.
     static std::int64_t Widest(double limit2, double dy2) {
         if (dy2 > limit2) return -1;
