@@ -3,7 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
+#include <cstdint>
+#include <cstdlib>
 #include <functional>
 #include <map>
 
@@ -87,6 +90,29 @@ TEST_F(MapAlgebraTest, OperatorsFollowValueTypeAndNoDataRules) {
                 Cellwise([](double x, double y) { return x + y + 1; }));
     ExpectCells(Run("sum([a], [A])", true),
                 Cellwise([](double x, double) { return 2 * x; }, true, false));
+}
+
+// A number that is a power of two divides by multiplying with its exact
+// reciprocal: every quotient must still be the division's, to the bit.
+TEST_F(MapAlgebraTest, QuotientsByPowersOfTwoAreTheDivisionsToTheBit) {
+    for (const char* divisor : {"2", "-2", "0.125", "1024", "0.0009765625", "3", "0.1"}) {
+        const double d = std::strtod(divisor, nullptr);
+        const std::vector<double> cells = Run(std::string("[b] / ") + divisor, false);
+        const std::vector<double> expected =
+            Cellwise([d](double, double y) { return y / d; }, false, true);
+        ASSERT_EQ(cells.size(), expected.size());
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            if (std::isnan(expected[i])) {
+                EXPECT_TRUE(std::isnan(cells[i])) << divisor << ", cell " << i;
+            } else {
+                EXPECT_EQ(std::bit_cast<std::uint64_t>(cells[i]),
+                          std::bit_cast<std::uint64_t>(expected[i]))
+                    << divisor << ", cell " << i;
+            }
+        }
+    }
+    // Dividing by zero stays NoData.
+    ExpectCells(Run("[b] / 0", false), std::vector<double>(b_.size(), kNoData));
 }
 
 TEST_F(MapAlgebraTest, ExecuteRejectsAtOnceNamingThePlaceAndProblem) {

@@ -359,6 +359,16 @@ void RequireRaster(const NodePtr& operand, const char* function) {
     }
 }
 
+// 1 / v for a number v that is a power of two whose reciprocal a double holds
+// exactly, and 0 for anything else: dividing by v is multiplying by it then.
+double ExactReciprocal(const Node& divisor) {
+    if (!divisor.IsScalar() || !std::isfinite(divisor.value) || divisor.value == 0.0) return 0.0;
+    int exponent = 0;
+    if (std::abs(std::frexp(divisor.value, &exponent)) != 0.5) return 0.0;
+    const double reciprocal = 1.0 / divisor.value;
+    return std::isfinite(reciprocal) && reciprocal * divisor.value == 1.0 ? reciprocal : 0.0;
+}
+
 }  // namespace
 
 NodePtr MakeStored(const StoredBand& band) {
@@ -429,6 +439,11 @@ NodePtr MakeBinary(const std::string& op, NodePtr lhs, NodePtr rhs) {
                       defined ? std::ranges::max(products) : kNoData);
     }
     if (op == "/") {
+        if (const double reciprocal = ExactReciprocal(*in[1]); reciprocal != 0.0) {
+            // The same correctly rounded quotient, for a fraction of a division's time.
+            return MakeCellwise<1>({std::move(in[0])}, false,
+                                   [reciprocal](double a) { return a * reciprocal; });
+        }
         // The quotient is computed before the choice, so that the loop vectorizes.
         return MakeCellwise<2>(std::move(in), false, [](double a, double b) {
             const double quotient = a / b;
