@@ -432,6 +432,26 @@ chain_breakdown() { # CSV
             t = v[j]; v[j] = v[j - 1]; v[j - 1] = t }
         return n % 2 ? v[(n + 1) / 2] : (v[n / 2] + v[n / 2 + 1]) / 2
     }
+    # A pass that stores numbered grids names them as a range: ZONES1..12.
+    function label(x,   part, n, i, out, base, num, first, last, runBase) {
+        n = split(x, part, "+")
+        out = ""; runBase = ""
+        for (i = 1; i <= n + 1; i++) {
+            base = ""; num = -1
+            if (i <= n && match(part[i], /[0-9]+$/)) {
+                base = substr(part[i], 1, RSTART - 1); num = substr(part[i], RSTART) + 0
+            }
+            if (runBase != "" && base == runBase && num == last + 1) { last = num; continue }
+            if (runBase != "") {
+                out = out (out == "" ? "" : "+") runBase first (last > first ? ".." last : "")
+                runBase = ""
+            }
+            if (i > n) break
+            if (num >= 0) { runBase = base; first = last = num }
+            else out = out (out == "" ? "" : "+") part[i]
+        }
+        return out
+    }
     NF == 4 {
         if (!($1 in seen)) { seen[$1] = 1; order[++stages] = $1 }
         s[$1] = s[$1] " " $2; r[$1] = r[$1] " " $3; w[$1] = w[$1] " " $4
@@ -443,9 +463,12 @@ chain_breakdown() { # CSV
         for (k = 1; k <= stages; k++) {
             x = order[k]; sec = median(s[x]); rd = median(r[x]) / 1e6; wr = median(w[x]) / 1e6
             sum += sec; rsum += rd; wsum += wr
-            printf "%-28s %9.2f %10.1f %10.1f\n", x, sec, rd, wr
             printf "%s,%.3f,%.1f,%.1f\n", x, sec, rd, wr > csv
+            # Removals take no time worth a line each: one line says them all.
+            if (x ~ /^delete /) { deletes++; deleteSecs += sec; continue }
+            printf "%-28s %9.2f %10.1f %10.1f\n", label(x), sec, rd, wr
         }
+        if (deletes) printf "%-28s %9.2f\n", "delete " deletes (deletes == 1 ? " grid" : " grids"), deleteSecs
         printf "%-28s %9.2f %10.1f %10.1f\n", "all stages", sum, rsum, wsum
         if (total + 0 > 0) {
             printf "%-28s %9.2f\n", "other (start, opening, checks)", total - sum
