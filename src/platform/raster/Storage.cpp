@@ -142,18 +142,25 @@ public:
         for (std::int64_t i = 0; i < cells; ++i) {
             ints[i] = std::isnan(stored[i]) ? noData : static_cast<std::int32_t>(stored[i]);
         }
-        if (!(low <= high && low >= -2147483647.0 && high <= 2147483647.0)) return;
-        double first = low, last = high;
-        if (window != 0) {
-            const auto base = static_cast<double>(static_cast<std::int32_t>(window >> 32));
-            const auto width = static_cast<double>(window & 0xffffffffu);
-            if (low >= base && high < base + width) return;  // not whole, or a -0
-            first = std::min(first, base);
-            last = std::max(last, base + width - 1.0);
+        const double seen = high - low + 1.0;
+        // Nothing valid leaves low above high.
+        if (!(low <= high && low >= -2147483647.0 && high <= 2147483647.0 && seen <= kWidest)) {
+            return;
         }
         // Room for the tiles to come, whose values spread further than one tile's.
-        const double spare = std::max(high - low + 1.0, 256.0);
-        Expect(std::max(first - spare, -2147483647.0), std::min(last + spare, 2147483647.0));
+        const double spare = std::min(std::max(seen, 256.0), (kWidest - seen) / 2);
+        double first = low - spare, last = high + spare;
+        if (window != 0) {
+            const auto base = static_cast<double>(static_cast<std::int32_t>(window >> 32));
+            const auto end = base + static_cast<double>(window & 0xffffffffu);
+            if (low >= base && high < end) return;  // not whole, or a -0
+            // The window grows to take this tile in, or moves to it when it cannot.
+            if (std::max(last, end - 1.0) - std::min(first, base) < kWidest) {
+                first = std::min(first, base);
+                last = std::max(last, end - 1.0);
+            }
+        }
+        Expect(std::max(first, -2147483647.0), std::min(last, 2147483647.0));
     }
 
     // Adds a tile's values; returns their range (low > high when none is valid).
