@@ -194,7 +194,7 @@ struct EvalContext::State {
     std::unordered_map<WindowKey, Block, WindowKeyHash> shared;
     // The reads of this tile by node, for the windows near them.
     std::unordered_map<const Node*, std::vector<std::pair<Window, Block>>> reads;
-    std::vector<std::unique_ptr<std::vector<double>>> pool;
+    std::vector<std::unique_ptr<Cells>> pool;
     std::map<std::string, GDALDatasetH> handles;
 };
 
@@ -209,9 +209,9 @@ EvalContext::~EvalContext() {
 }
 
 Block EvalContext::NewBlock(std::int64_t cells) {
-    std::unique_ptr<std::vector<double>> buffer;
+    std::unique_ptr<Cells> buffer;
     if (state_->pool.empty()) {
-        buffer = std::make_unique<std::vector<double>>();
+        buffer = std::make_unique<Cells>();
     } else {
         buffer = std::move(state_->pool.back());
         state_->pool.pop_back();
@@ -219,7 +219,7 @@ Block EvalContext::NewBlock(std::int64_t cells) {
     buffer->resize(static_cast<std::size_t>(cells));
     State* state = state_.get();
     return Block(buffer.release(),
-                 [state](std::vector<double>* returned) { state->pool.emplace_back(returned); });
+                 [state](Cells* returned) { state->pool.emplace_back(returned); });
 }
 
 void EvalContext::EndTile() {
@@ -559,7 +559,7 @@ void EvaluateTiles(const NodePtr& root,
 std::vector<double> EvaluateWindow(const NodePtr& root, const Window& window) {
     EvalContext context(root);
     Block block = context.Get(root, window);
-    return *block;
+    return {block->begin(), block->end()};
 }
 
 void Node::ComputeSampled(const Window& window, std::int64_t cols, std::int64_t rows,

@@ -120,8 +120,30 @@ public:
     void Compute(const Window& window, EvalContext& context, double* out) const final;
 };
 
+// Leaves new elements unset: every node writes each cell of its block, and
+// a vector clearing them first did so for megabytes a tile.
+template <class T>
+struct UnsetAllocator : std::allocator<T> {
+    template <class U>
+    struct rebind {
+        using other = UnsetAllocator<U>;
+    };
+    UnsetAllocator() = default;
+    template <class U>
+    UnsetAllocator(const UnsetAllocator<U>&) noexcept {}
+    template <class U>
+    void construct(U* place) noexcept {
+        ::new (static_cast<void*>(place)) U;
+    }
+    template <class U, class... Args>
+    void construct(U* place, Args&&... args) {
+        ::new (static_cast<void*>(place)) U(std::forward<Args>(args)...);
+    }
+};
+using Cells = std::vector<double, UnsetAllocator<double>>;
+
 // A block of cells handed between nodes; shared when a node feeds several.
-using Block = std::shared_ptr<std::vector<double>>;
+using Block = std::shared_ptr<Cells>;
 
 // Per-thread state of one evaluation: dataset handles, a pool of buffers and
 // the blocks of nodes that feed more than one parent.
